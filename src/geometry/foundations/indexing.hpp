@@ -1,0 +1,21 @@
+// Indexing of the three coordinates, shared by Vector and Point: an int (bool too) from
+// 0 to 2; negative indices do not wrap round.
+#pragma once
+
+#include "module/objects.hpp"
+
+namespace ostrel {
+
+inline int coordinate_index(PyObject* index) {
+  if (!PyLong_Check(index)) {
+    Ref name = type_name(index);
+    raise_format(PyExc_TypeError, "list indices must be integers, not %S", name.get());
+  }
+  int overflow = 0;
+  const long long i = PyLong_AsLongLongAndOverflow(index, &overflow);
+  if (i == -1 && PyErr_Occurred()) throw PyError{};
+  if (overflow || i < 0 || i > 2) raise(PyExc_IndexError, "list index out of range");
+  return static_cast<int>(i);
+}
+
+}  // namespace ostrel

@@ -1,0 +1,127 @@
+// Point: an immutable position in 3D space, the base of every curve, surface and solid.
+// Coordinates live in _x, _y, _z behind read-only properties; equality by tolerance is
+// the module's meaning of coinciding points.
+#include "foundations/arrays.hpp"
+#include "foundations/indexing.hpp"
+#include "foundations/tolerance.hpp"
+#include "module/class_builder.hpp"
+#include "module/definitions.hpp"
+#include "module/lazy_iterator.hpp"
+
+namespace ostrel {
+
+namespace {
+
+Ref x_of(PyObject* o) { return getattr(o, id<"_x">()); }
+Ref y_of(PyObject* o) { return getattr(o, id<"_y">()); }
+Ref z_of(PyObject* o) { return getattr(o, id<"_z">()); }
+
+Ref init(const Args& a) {
+  Ref x = new_float(a.num(1)), y = new_float(a.num(2)), z = new_float(a.num(3));
+  setattr(a.self(), id<"_x">(), x.get());
+  setattr(a.self(), id<"_y">(), y.get());
+  setattr(a.self(), id<"_z">(), z.get());
+  return none();
+}
+
+Ref get_coordinate(const Args& a) {
+  static PyObject* const names[] = {id<"_x">(), id<"_y">(), id<"_z">()};
+  return getattr(a.self(), names[coordinate_index(a[1])]);
+}
+
+Ref start_iteration(PyObject* self) {
+  Ref x = x_of(self), y = y_of(self), z = z_of(self);
+  Ref items = tuple({x.get(), y.get(), z.get()});
+  return check(PyObject_GetIter(items.get()));
+}
+
+Ref iter(const Args& a) { return make_lazy_iterator(a.self(), start_iteration); }
+
+Ref eq(const Args& a) {
+  PyObject* other = a[1];
+  if (!isinstance(other, global<"Point">().get())) return Ref::borrow(Py_NotImplemented);
+  for (Ref (*read)(PyObject*) : {x_of, y_of, z_of}) {
+    Ref mine = read(a.self()), theirs = read(other);
+    const Tolerance t = module_tolerance();
+    if (!isclose(as_double(mine.get()), as_double(theirs.get()), t)) return boolean(false);
+  }
+  return boolean(true);
+}
+
+Ref repr(const Args& a) {
+  Ref spec = new_str(".3e");
+  Ref x = x_of(a.self());
+  Ref fx = check(PyObject_Format(x.get(), spec.get()));
+  Ref y = y_of(a.self());
+  Ref fy = check(PyObject_Format(y.get(), spec.get()));
+  Ref z = z_of(a.self());
+  Ref fz = check(PyObject_Format(z.get(), spec.get()));
+  return check(PyUnicode_FromFormat("Point(%U, %U, %U)", fx.get(), fy.get(), fz.get()));
+}
+
+Ref get_x(const Args& a) { return x_of(a.self()); }
+Ref get_y(const Args& a) { return y_of(a.self()); }
+Ref get_z(const Args& a) { return z_of(a.self()); }
+
+Ref coordinates(const Args& a) {
+  Ref x = x_of(a.self()), y = y_of(a.self()), z = z_of(a.self());
+  return float_array({x.get(), y.get(), z.get()});
+}
+
+Ref copy(const Args& a) {
+  Ref x = x_of(a.self()), y = y_of(a.self()), z = z_of(a.self());
+  return call(reinterpret_cast<PyObject*>(Py_TYPE(a.self())), {x.get(), y.get(), z.get()});
+}
+
+Ref coincides_with(const Args& a) { return check(PyObject_RichCompare(a.self(), a[1], Py_EQ)); }
+
+Ref vector_to(const Args& a) {
+  PyObject* point = a[1];
+  Ref px = getitem(point, 0), sx = x_of(a.self());
+  Ref dx = sub(px.get(), sx.get());
+  Ref py = getitem(point, 1), sy = y_of(a.self());
+  Ref dy = sub(py.get(), sy.get());
+  Ref pz = getitem(point, 2), sz = z_of(a.self());
+  Ref dz = sub(pz.get(), sz.get());
+  return call(global<"Vector">().get(), {dx.get(), dy.get(), dz.get()});
+}
+
+Ref get_local_coordinates(const Args& a) {
+  Ref array = getattr(global<"np">().get(), id<"array">());
+  Ref own = check(PySequence_Tuple(a.self()));
+  Ref own_array = call(array.get(), {own.get()});
+  Ref array_again = getattr(global<"np">().get(), id<"array">());
+  Ref origin = check(PySequence_Tuple(a[1]));
+  Ref origin_array = call(array_again.get(), {origin.get()});
+  Ref local = sub(own_array.get(), origin_array.get());
+  if (truth(a[2])) return call(global<"cartesian_to_spherical">().get(), {local.get()});
+  return local;
+}
+
+}  // namespace
+
+void define_point() {
+  ClassBuilder("Point", {},
+               "A point made from coordinates X, Y and Z; it forms the basis of many structural 2D\n"
+               "and 3D objects. Point(1, 2) makes a 2D point, with z equal to 0.")
+      .method("__init__", "(x: float, y: float, z: float = 0.0)", init, "Make a point; z defaults to 0.0.")
+      .method("__getitem__", "(index: int) -> float", get_coordinate, "Coordinate 0, 1 or 2; negative indices do not wrap.")
+      .method("__iter__", "() -> Iterator", iter, "Iterate over x, y and z, so that a point can be unpacked.")
+      .method("__eq__", "(other: object) -> bool", eq, "Coinciding by tolerance with another Point.")
+      .method("__repr__", "() -> str", repr, "Point(x, y, z) with each coordinate in the format .3e.")
+      .property("x", "() -> float", get_x, "The first coordinate.")
+      .property("y", "() -> float", get_y, "The second coordinate.")
+      .property("z", "() -> float", get_z, "The third coordinate.")
+      .property("coordinates", "() -> np.ndarray", coordinates, "A new array of x, y and z.")
+      .method("copy", "() -> Point", copy, "A new point at the same place, of the same class.")
+      .method("coincides_with", "(other: Point) -> bool", coincides_with, "Whether the two points are equal.")
+      .method("vector_to", "(point: Union[Tuple[float, float, float], Point]) -> Vector", vector_to,
+              "The Vector from this point to another point or a sequence of three numbers.")
+      .method("get_local_coordinates",
+              "(local_origin: Union[Tuple[float, float, float], Point], spherical: bool = False) -> np.ndarray",
+              get_local_coordinates,
+              "Coordinates relative to local_origin: cartesian, or (r, theta, phi) when spherical is true.")
+      .build();
+}
+
+}  // namespace ostrel

@@ -1,0 +1,197 @@
+// Vector: the free 3-vector with public, writable x, y, z attributes. Every operation
+// reads the attributes afresh (nothing is cached) and reads `other` by attribute
+// only, so any object with x, y and z serves; new vectors are made through
+// self.__class__ so that subclasses survive arithmetic.
+#include "foundations/indexing.hpp"
+#include "foundations/tolerance.hpp"
+#include "module/class_builder.hpp"
+#include "module/definitions.hpp"
+#include "module/globals.hpp"
+#include "module/lazy_iterator.hpp"
+#include "module/objects.hpp"
+
+namespace ostrel {
+
+namespace {
+
+PyObject* cls_of(PyObject* self) { return reinterpret_cast<PyObject*>(Py_TYPE(self)); }
+
+Ref make_like(PyObject* self, PyObject* x, PyObject* y, PyObject* z) { return call(cls_of(self), {x, y, z}); }
+
+Ref x_of(PyObject* o) { return getattr(o, id<"x">()); }
+Ref y_of(PyObject* o) { return getattr(o, id<"y">()); }
+Ref z_of(PyObject* o) { return getattr(o, id<"z">()); }
+
+Ref init(const Args& a) {
+  Ref x = new_float(a.num(1)), y = new_float(a.num(2)), z = new_float(a.num(3));
+  setattr(a.self(), id<"x">(), x.get());
+  setattr(a.self(), id<"y">(), y.get());
+  setattr(a.self(), id<"z">(), z.get());
+  return none();
+}
+
+Ref get_coordinate(const Args& a) {
+  static PyObject* const names[] = {id<"x">(), id<"y">(), id<"z">()};
+  return getattr(a.self(), names[coordinate_index(a[1])]);
+}
+
+Ref start_iteration(PyObject* self) {
+  Ref x = x_of(self), y = y_of(self), z = z_of(self);
+  Ref items = tuple({x.get(), y.get(), z.get()});
+  return check(PyObject_GetIter(items.get()));
+}
+
+Ref iter(const Args& a) { return make_lazy_iterator(a.self(), start_iteration); }
+
+Ref eq(const Args& a) {
+  PyObject* other = a[1];
+  if (!isinstance(other, global<"Vector">().get())) return Ref::borrow(Py_NotImplemented);
+  for (Ref (*read)(PyObject*) : {x_of, y_of, z_of}) {
+    Ref mine = read(a.self()), theirs = read(other);
+    const Tolerance t = module_tolerance();
+    if (!isclose(as_double(mine.get()), as_double(theirs.get()), t)) return boolean(false);
+  }
+  return boolean(true);
+}
+
+Ref repr(const Args& a) {
+  Ref x = x_of(a.self()), y = y_of(a.self()), z = z_of(a.self());
+  return check(PyUnicode_FromFormat("Vector(%S, %S, %S)", x.get(), y.get(), z.get()));
+}
+
+Ref negative(const Args& a) {
+  Ref x = x_of(a.self());
+  Ref nx = neg(x.get());
+  Ref y = y_of(a.self());
+  Ref ny = neg(y.get());
+  Ref z = z_of(a.self());
+  Ref nz = neg(z.get());
+  return make_like(a.self(), nx.get(), ny.get(), nz.get());
+}
+
+// self.c <op> other.c for each coordinate, read and computed in the order written.
+template <Ref (*op)(PyObject*, PyObject*)>
+Ref componentwise(const Args& a) {
+  PyObject *self = a.self(), *other = a[1];
+  Ref sx = x_of(self), ox = x_of(other);
+  Ref x = op(sx.get(), ox.get());
+  Ref sy = y_of(self), oy = y_of(other);
+  Ref y = op(sy.get(), oy.get());
+  Ref sz = z_of(self), oz = z_of(other);
+  Ref z = op(sz.get(), oz.get());
+  return make_like(self, x.get(), y.get(), z.get());
+}
+
+Ref multiply(const Args& a) {
+  Ref factor = new_float(a.num(1));
+  Ref sx = x_of(a.self());
+  Ref x = mul(sx.get(), factor.get());
+  Ref sy = y_of(a.self());
+  Ref y = mul(sy.get(), factor.get());
+  Ref sz = z_of(a.self());
+  Ref z = mul(sz.get(), factor.get());
+  return make_like(a.self(), x.get(), y.get(), z.get());
+}
+
+Ref rmultiply(const Args& a) {
+  Ref factor = new_float(a.num(1));
+  return call_method(a.self(), id<"__mul__">(), {factor.get()});
+}
+
+Ref squared_magnitude(const Args& a) {
+  Ref x = x_of(a.self());
+  Ref x2 = square(x.get());
+  Ref y = y_of(a.self());
+  Ref y2 = square(y.get());
+  Ref xy = add(x2.get(), y2.get());
+  Ref z = z_of(a.self());
+  Ref z2 = square(z.get());
+  return add(xy.get(), z2.get());
+}
+
+Ref magnitude(const Args& a) {
+  Ref squared = getattr(a.self(), id<"squared_magnitude">());
+  return new_float(math_sqrt(as_double(squared.get())));
+}
+
+Ref coordinates(const Args& a) {
+  Ref x = x_of(a.self()), y = y_of(a.self()), z = z_of(a.self());
+  return tuple({x.get(), y.get(), z.get()});
+}
+
+Ref normalize(const Args& a) {
+  Ref magnitude = getattr(a.self(), id<"magnitude">());
+  try {
+    Ref x = x_of(a.self());
+    Ref nx = div(x.get(), magnitude.get());
+    Ref y = y_of(a.self());
+    Ref ny = div(y.get(), magnitude.get());
+    Ref z = z_of(a.self());
+    Ref nz = div(z.get(), magnitude.get());
+    return make_like(a.self(), nx.get(), ny.get(), nz.get());
+  } catch (const PyError&) {
+    if (!PyErr_ExceptionMatches(PyExc_ZeroDivisionError)) throw;
+    raise_from(PyExc_ValueError, "Null vector can't be normalized");
+  }
+}
+
+Ref dot(const Args& a) {
+  PyObject *self = a.self(), *other = a[1];
+  Ref sx = x_of(self), ox = x_of(other);
+  Ref xx = mul(sx.get(), ox.get());
+  Ref sy = y_of(self), oy = y_of(other);
+  Ref yy = mul(sy.get(), oy.get());
+  Ref partial = add(xx.get(), yy.get());
+  Ref sz = z_of(self), oz = z_of(other);
+  Ref zz = mul(sz.get(), oz.get());
+  return add(partial.get(), zz.get());
+}
+
+// p * q - r * s, with p, q, r, s read in that order.
+Ref difference_of_products(PyObject* first, Ref (*p)(PyObject*), PyObject* second, Ref (*q)(PyObject*),
+                           Ref (*r)(PyObject*), Ref (*s)(PyObject*)) {
+  Ref pv = p(first), qv = q(second);
+  Ref left = mul(pv.get(), qv.get());
+  Ref rv = r(first), sv = s(second);
+  Ref right = mul(rv.get(), sv.get());
+  return sub(left.get(), right.get());
+}
+
+Ref cross(const Args& a) {
+  PyObject *self = a.self(), *other = a[1];
+  Ref x = difference_of_products(self, y_of, other, z_of, z_of, y_of);
+  Ref y = difference_of_products(self, z_of, other, x_of, x_of, z_of);
+  Ref z = difference_of_products(self, x_of, other, y_of, y_of, x_of);
+  return make_like(self, x.get(), y.get(), z.get());
+}
+
+}  // namespace
+
+void define_vector() {
+  ClassBuilder("Vector", {},
+               "A free vector in 3D space with public, writable coordinates x, y and z.\n\n"
+               "Supports negation (-v), addition (v + w), subtraction (v - w), multiplication\n"
+               "and reverse multiplication by a number (v * 2, 2 * v), the dot product v.dot(w)\n"
+               "and the cross product v.cross(w). Equality is by tolerance.")
+      .method("__init__", "(x: float, y: float, z: float = 0.0)", init,
+              "Make a vector from its coordinates; z defaults to 0.0.")
+      .method("__getitem__", "(index: int) -> float", get_coordinate, "Coordinate 0, 1 or 2; negative indices do not wrap.")
+      .method("__iter__", "() -> Iterator", iter, "Iterate over x, y and z.")
+      .method("__eq__", "(other: object) -> bool", eq, "Equal by tolerance to another Vector.")
+      .method("__repr__", "() -> str", repr, "Vector(x, y, z).")
+      .method("__neg__", "() -> Vector", negative, "The opposite vector.")
+      .method("__add__", "(other: Vector) -> Vector", componentwise<add>, "Sum of two vectors.")
+      .method("__sub__", "(other: Vector) -> Vector", componentwise<sub>, "Difference of two vectors.")
+      .method("__mul__", "(other: float) -> Vector", multiply, "The vector scaled by a number.")
+      .method("__rmul__", "(other: float) -> Vector", rmultiply, "The vector scaled by a number.")
+      .property("squared_magnitude", "() -> float", squared_magnitude, "x**2 + y**2 + z**2.")
+      .property("magnitude", "() -> float", magnitude, "Length of the vector.")
+      .property("coordinates", "() -> Tuple[float, float, float]", coordinates, "The tuple (x, y, z).")
+      .method("normalize", "() -> Vector", normalize,
+              "The vector of length one in the same direction; ValueError for a null vector.")
+      .method("dot", "(other: Vector) -> float", dot, "Dot product with another vector.")
+      .method("cross", "(other: Vector) -> Vector", cross, "Cross product with another vector.")
+      .build();
+}
+
+}  // namespace ostrel

@@ -1,0 +1,49 @@
+// The native function object: one C++ type that behaves like a Python function. It
+// binds as a method, carries __name__, __qualname__, __module__, __doc__,
+// __annotations__, __defaults__, __kwdefaults__ and a __dict__, answers
+// inspect.signature, and applies the module's argument rules before its body runs.
+#pragma once
+
+#include <array>
+#include <string_view>
+
+#include "module/signature.hpp"
+
+namespace ostrel {
+
+inline constexpr size_t max_parameters = 24;
+
+// The arguments of one call, after the boundary rules: a borrowed object per parameter
+// (the caller's, or the default), the converted double of each float parameter, and
+// the tuple and dict of *args and **kwargs where the signature has them.
+class Args {
+ public:
+  PyObject* operator[](size_t i) const { return objects_[i]; }
+  double num(size_t i) const { return numbers_[i]; }
+  PyObject* self() const { return objects_[0]; }
+
+ private:
+  friend void parse_arguments(const Signature&, PyObject* name, PyObject* const*, Py_ssize_t, PyObject*, Args&);
+  std::array<PyObject*, max_parameters> objects_{};
+  std::array<double, max_parameters> numbers_{};
+  Ref var_positional_, var_keyword_;
+};
+
+// The body of a function: returns a new reference, or throws PyError with the Python
+// exception set.
+using Body = Ref (*)(const Args&);
+
+// Applies the boundary rules of `sig` to one vectorcall; throws PyError with the
+// host's TypeError texts on a mismatch.
+void parse_arguments(const Signature& sig, PyObject* name, PyObject* const* args, Py_ssize_t nargs,
+                     PyObject* kwnames, Args& out);
+
+// Readies the function type; once, before the first function is made.
+void ready_function_type();
+
+// A new function object. `first` is "self" for methods, "cls" for class methods and
+// empty otherwise; `signature` is the documented one without it.
+Ref make_function(const char* name, const char* qualname, std::string_view first, std::string_view signature,
+                  Body body, const char* doc);
+
+}  // namespace ostrel
