@@ -7,6 +7,8 @@ namespace ostrel {
 void define_visualisation_error();
 void define_vector();
 void define_point();
+void define_line();
+void define_line_intersections();
 void define_coordinate_conversions();
 
 }  // namespace ostrel

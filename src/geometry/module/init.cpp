@@ -4,6 +4,7 @@
 #include "module/globals.hpp"
 #include "module/lazy_iterator.hpp"
 #include "module/objects.hpp"
+#include "module/pristine.hpp"
 
 namespace ostrel {
 
@@ -38,7 +39,9 @@ void define_all() {
   define_vector();
   // _GLTF, Material, TransformableObject, Group
   define_point();
-  // Line; the thirteen line functions; Revolve, LineRevolve, Arc, ArcRevolve, Triangle,
+  define_line();
+  define_line_intersections();
+  // Revolve, LineRevolve, Arc, ArcRevolve, Triangle,
   // CartesianAxes, RDWGSConverter
   define_coordinate_conversions();
   // Extrusions; points_are_coplanar .. find_overlap; patterns, Polygon, Polyline, Cone,
@@ -64,6 +67,7 @@ int exec_geometry(PyObject* module) {
     ready_lazy_iterator_type();
     check(PyRun_String(prologue, Py_file_input, dict, dict));
     define_all();
+    capture_own_state();
     Ref test = check(PyDict_New());
     set_global("__test__", test.get());
   } catch (const PyError&) {

@@ -1,0 +1,70 @@
+// Native paths stand in for documented steps that call through module globals and
+// through the members of the module's classes. They may be taken only while nothing a
+// caller could observe has been replaced: the globals still hold what they held at the
+// end of import, and the classes (or subclasses that add no behaviour) are as the
+// module defined them. Everything else goes through the host, step by step.
+#pragma once
+
+#include <initializer_list>
+#include <utility>
+#include <vector>
+
+#include "module/ref.hpp"
+
+namespace ostrel {
+
+// A set of module globals that a native path depends on. Declared as a static object;
+// the objects the names hold are recorded at the end of import.
+class OwnGlobals {
+ public:
+  OwnGlobals(std::initializer_list<const char*> names);
+  // Whether every name still holds its object of the end of import (and had one).
+  bool hold() const;
+
+ private:
+  friend void capture_own_state();
+  void capture(PyObject* dict);
+
+  std::vector<const char*> names_;
+  std::vector<std::pair<PyObject*, PyObject*>> entries_;  // interned name, strong reference
+  bool complete_ = false;                                  // every name was defined
+};
+
+// A class of the module, by its global name, as it stood at the end of import.
+class OwnClass {
+ public:
+  explicit OwnClass(const char* name);
+
+  // The class as defined (borrowed; the module keeps it alive), null before capture.
+  PyObject* get() const { return cls_; }
+  PyTypeObject* type() const { return reinterpret_cast<PyTypeObject*>(cls_); }
+
+  // Whether instances of `type` behave as instances of the class did at the end of
+  // import: `type` is the class, unchanged, or a subclass with the same metaclass and
+  // bases after it whose own namespaces add nothing but an __init__ and bookkeeping.
+  bool admits(PyTypeObject* t) {
+    if (t == type() && current(t, class_tag_)) return true;
+    if (t == subclass_ && current(t, subclass_tag_)) return true;
+    return verify(t);
+  }
+  bool admits(PyObject* instance) { return admits(Py_TYPE(instance)); }
+
+ private:
+  friend void capture_own_state();
+  void capture(PyObject* dict);
+  bool verify(PyTypeObject* type);
+  bool unchanged();
+  static bool current(PyTypeObject* type, unsigned int tag);
+
+  const char* name_;
+  PyObject* cls_ = nullptr;
+  std::vector<std::pair<Ref, Ref>> namespace_;  // the class's own dict at capture
+  unsigned int class_tag_ = 0;
+  PyTypeObject* subclass_ = nullptr;  // the last subclass found to add nothing
+  unsigned int subclass_tag_ = 0;
+};
+
+// Records the globals and classes declared above; called once, at the end of import.
+void capture_own_state();
+
+}  // namespace ostrel
