@@ -41,20 +41,25 @@ OwnGlobals bounded_lines_globals{"calculate_intersection_bounded_line_extended_l
                                  "get_line_function_parameters",
                                  "np"};
 
-// Everything a native path needs: its lines read, the tolerances, and where it takes
-// one, the truth of `inclusive`.
+// Everything a native path needs: its lines read (in the xy plane alone where the
+// computation never looks at z), the tolerances, and where it takes one, the truth of
+// `inclusive`.
 struct NativeInputs {
   Segment first, second;
   Tolerances tolerances;
   bool inclusive;
 };
 
-std::optional<NativeInputs> native_inputs(PyObject* first, PyObject* second, PyObject* inclusive) {
-  const auto include = inclusive ? plain_truth(inclusive) : std::optional<bool>{true};
+enum class Reading { xy, xyz };
+
+std::optional<NativeInputs> native_inputs(Reading reading, PyObject* first, PyObject* second = nullptr,
+                                          PyObject* inclusive = Py_True) {
+  const auto include = plain_truth(inclusive);
   if (!include) return std::nullopt;
-  const auto a = read_line(first);
+  const auto read = reading == Reading::xy ? read_line_xy : read_line;
+  const auto a = read(first);
   if (!a) return std::nullopt;
-  const auto b = second ? read_line(second) : a;
+  const auto b = second ? read(second) : a;
   if (!b) return std::nullopt;
   const auto t = current_tolerances();
   if (!t) return std::nullopt;
@@ -77,7 +82,7 @@ Ref between_result(Bound b, PyObject* inclusive) {
 
 Ref extended_line_with_y(const Args& a) {
   if (line_function_globals.hold())
-    if (const auto in = native_inputs(a[0], nullptr, nullptr)) try {
+    if (const auto in = native_inputs(Reading::xy, a[0])) try {
         return new_float(intersection_extended_line_with_y(in->first, a.num(1)));
       } catch (const ArithmeticFault& fault) {
         raise_host_error(fault);
@@ -91,7 +96,7 @@ Ref extended_line_with_y(const Args& a) {
 
 Ref bounded_line_with_y(const Args& a) {
   if (bounded_with_y_globals.hold())
-    if (const auto in = native_inputs(a[0], nullptr, nullptr)) try {
+    if (const auto in = native_inputs(Reading::xy, a[0])) try {
         const auto x = intersection_bounded_line_with_y(in->first, a.num(1), in->tolerances.abs);
         return x ? new_float(*x) : none();
       } catch (const ArithmeticFault& fault) {
@@ -173,7 +178,7 @@ Ref point_is_on_bounded_line(const Args& a) {
 
 Ref extended_line_with_x(const Args& a) {
   if (line_function_globals.hold() && point_class_native())
-    if (const auto in = native_inputs(a[0], nullptr, nullptr))
+    if (const auto in = native_inputs(Reading::xy, a[0]))
       return make_point(intersection_extended_line_with_x(in->first, a.num(1)));
   Ref ab[2];
   line_function_of(a[0], ab);
@@ -204,7 +209,7 @@ Ref at_x_of(PyObject* line, PyObject* other) {
 Ref extended_lines(const Args& a) {
   PyObject *line1 = a[0], *line2 = a[1];
   if (extended_lines_globals.hold() && point_class_native())
-    if (const auto in = native_inputs(line1, line2, nullptr)) try {
+    if (const auto in = native_inputs(Reading::xy, line1, line2)) try {
         return point_or_none(intersection_extended_lines(in->first, in->second, in->tolerances.abs));
       } catch (const ArithmeticFault& fault) {
         raise_host_error(fault);
@@ -243,7 +248,7 @@ bool orientation_by_name(PyObject* name, PyObject* line) {
 Ref bounded_line_extended_line(const Args& a) {
   PyObject *s = a[0], *extended = a[1], *inclusive = a[2];
   if (bounded_extended_globals.hold() && point_class_native())
-    if (const auto in = native_inputs(s, extended, inclusive)) try {
+    if (const auto in = native_inputs(Reading::xyz, s, extended, inclusive)) try {
         return point_or_none(
             intersection_bounded_line_extended_line(in->first, in->second, in->inclusive, in->tolerances));
       } catch (const ArithmeticFault& fault) {
@@ -283,13 +288,21 @@ bool boxes_apart(PyObject* first, PyObject* second, bool inclusive) {
 Ref bounded_lines(const Args& a) {
   PyObject *line1 = a[0], *line2 = a[1], *inclusive = a[2];
   if (bounded_lines_globals.hold() && point_class_native())
-    if (const auto in = native_inputs(line1, line2, inclusive)) {
-      const Crossing c = intersection_bounded_lines(in->first, in->second, in->inclusive, in->tolerances);
-      if (c.kind == Crossing::Kind::mismatch) {
-        PyErr_SetNone(PyExc_ValueError);
-        throw PyError{};
+    if (const auto include = plain_truth(inclusive)) {
+      // Most pairs part at the bounding boxes, which need no z.
+      HeldLine first, second;
+      if (hold_line_xy(line1, first) && hold_line_xy(line2, second)) {
+        if (bounding_boxes_apart(first.segment, second.segment, *include)) return none();
+        const auto t = read_z(first) && read_z(second) ? current_tolerances() : std::nullopt;
+        if (t) {
+          const Crossing c = intersection_bounded_lines(first.segment, second.segment, *include, *t);
+          if (c.kind == Crossing::Kind::mismatch) {
+            PyErr_SetNone(PyExc_ValueError);
+            throw PyError{};
+          }
+          return c.kind == Crossing::Kind::point ? make_point(c.point) : none();
+        }
       }
-      return c.kind == Crossing::Kind::point ? make_point(c.point) : none();
     }
   Ref x_vals1 = values(line1, id<"x">()), y_vals1 = values(line1, id<"y">());
   Ref x_vals2 = values(line2, id<"x">()), y_vals2 = values(line2, id<"y">());

@@ -67,11 +67,15 @@ std::optional<Vec3> intersection_bounded_line_extended_line(const Segment& bound
   return std::nullopt;
 }
 
+bool bounding_boxes_apart(const Segment& line1, const Segment& line2, bool inclusive) {
+  return apart(line1.start.x, line1.end.x, line2.start.x, line2.end.x, inclusive) ||
+         apart(line1.start.y, line1.end.y, line2.start.y, line2.end.y, inclusive);
+}
+
 Crossing intersection_bounded_lines(const Segment& line1, const Segment& line2, bool inclusive,
                                     const Tolerances& t) {
   constexpr Crossing nothing{Crossing::Kind::none, {}};
-  if (apart(line1.start.x, line1.end.x, line2.start.x, line2.end.x, inclusive)) return nothing;
-  if (apart(line1.start.y, line1.end.y, line2.start.y, line2.end.y, inclusive)) return nothing;
+  if (bounding_boxes_apart(line1, line2, inclusive)) return nothing;
   const auto first = intersection_bounded_line_extended_line(line1, line2, inclusive, t);
   const auto second = intersection_bounded_line_extended_line(line2, line1, inclusive, t);
   if (!first || !second) return nothing;

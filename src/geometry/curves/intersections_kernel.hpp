@@ -48,6 +48,9 @@ struct Crossing {
   Kind kind;
   Vec3 point;
 };
+// The first step alone: whether the bounding boxes of the two segments are apart, by an
+// exact comparison, touching counting as apart unless inclusive. It reads x and y only.
+bool bounding_boxes_apart(const Segment& line1, const Segment& line2, bool inclusive);
 Crossing intersection_bounded_lines(const Segment& line1, const Segment& line2, bool inclusive,
                                     const Tolerances& t);
 

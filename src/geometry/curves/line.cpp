@@ -182,13 +182,13 @@ bool ends_close(PyObject* self, PyObject* coordinate) {
 }
 
 Ref horizontal(const Args& a) {
-  if (const auto s = read_line(a.self())) return boolean(is_horizontal(*s));
+  if (const auto s = read_line_xy(a.self())) return boolean(is_horizontal(*s));
   if (!ends_close(a.self(), id<"y">())) return boolean(false);
   return boolean(!ends_close(a.self(), id<"x">()));
 }
 
 Ref vertical(const Args& a) {
-  if (const auto s = read_line(a.self())) return boolean(is_vertical(*s));
+  if (const auto s = read_line_xy(a.self())) return boolean(is_vertical(*s));
   if (!ends_close(a.self(), id<"x">())) return boolean(false);
   return boolean(!ends_close(a.self(), id<"y">()));
 }
@@ -203,7 +203,7 @@ Ref discretize(const Args& a) {
 
 Ref get_line_function_parameters(const Args& a) {
   PyObject* self = a.self();
-  if (const auto s = read_line(self)) {
+  if (const auto s = read_line_xy(self)) {
     if (s->end.x - s->start.x != 0.0) {
       const LineFunction f = line_function(*s);
       Ref slope = new_float(f.a), intercept = new_float(f.b);
@@ -322,8 +322,8 @@ Ref find_overlap(const Args& a) {
   PyObject *self = a.self(), *other = a[1], *inclusive = a[2];
   if (overlap_globals.hold() && line_class_native()) {
     const auto include = plain_truth(inclusive);
-    const auto mine = include ? read_line(self) : std::nullopt;
-    const auto theirs = mine ? read_line(other) : std::nullopt;
+    const auto mine = include ? read_line_xy(self) : std::nullopt;
+    const auto theirs = mine ? read_line_xy(other) : std::nullopt;
     const auto t = theirs ? current_tolerances() : std::nullopt;
     if (t) {
       const Overlap o = ostrel::find_overlap(*mine, *theirs, *include, *t);

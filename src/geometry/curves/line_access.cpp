@@ -1,5 +1,7 @@
 #include "curves/line_access.hpp"
 
+#include <limits>
+
 #include "foundations/point_access.hpp"
 #include "module/globals.hpp"
 #include "module/objects.hpp"
@@ -33,28 +35,36 @@ std::optional<double> tolerance_value(PyObject* name) {
   return v;
 }
 
-std::optional<Vec3> read_end(PyObject* line, PyObject* name) {
-  PyObject* point = PyObject_GetAttr(line, name);
-  if (!point) {
-    PyErr_Clear();
-    return std::nullopt;
-  }
-  const auto p = read_point(point);
-  Py_DECREF(point);
-  return p;
-}
-
 }  // namespace
 
 OwnClass& line_class() { return line_class_object; }
 
+bool hold_line_xy(PyObject* line, HeldLine& held) {
+  if (!line_class_object.admits(line)) return false;
+  held.start = Ref::steal(PyObject_GetAttr(line, id<"_start_point">()));
+  if (held.start) held.end = Ref::steal(PyObject_GetAttr(line, id<"_end_point">()));
+  if (!held.end) {
+    PyErr_Clear();
+    return false;
+  }
+  return read_point_xy(held.start.get(), held.segment.start) && read_point_xy(held.end.get(), held.segment.end);
+}
+
+bool read_z(HeldLine& held) {
+  return read_point_z(held.start.get(), held.segment.start) && read_point_z(held.end.get(), held.segment.end);
+}
+
 std::optional<Segment> read_line(PyObject* line) {
-  if (!line_class_object.admits(line)) return std::nullopt;
-  const auto start = read_end(line, id<"_start_point">());
-  if (!start) return std::nullopt;
-  const auto end = read_end(line, id<"_end_point">());
-  if (!end) return std::nullopt;
-  return Segment{*start, *end};
+  HeldLine held;
+  if (hold_line_xy(line, held) && read_z(held)) return held.segment;
+  return std::nullopt;
+}
+
+std::optional<Segment> read_line_xy(PyObject* line) {
+  HeldLine held;
+  if (!hold_line_xy(line, held)) return std::nullopt;
+  held.segment.start.z = held.segment.end.z = std::numeric_limits<double>::quiet_NaN();
+  return held.segment;
 }
 
 bool line_class_native() {

@@ -17,6 +17,18 @@ OwnClass& line_class();
 // natively (see read_point).
 std::optional<Segment> read_line(PyObject* line);
 
+// A line's two points, held while their coordinates are read in two steps, for callers
+// that may not need z: x and y first, z when a computation comes to need it.
+struct HeldLine {
+  Ref start, end;
+  Segment segment;
+};
+bool hold_line_xy(PyObject* line, HeldLine& held);
+bool read_z(HeldLine& held);
+
+// The ends in the xy plane alone, for the computations that never look at z (z is NaN).
+std::optional<Segment> read_line_xy(PyObject* line);
+
 // Whether `Line(...)` and `Point(...)` still make objects of the module's own,
 // unchanged classes.
 bool line_class_native();

@@ -9,17 +9,17 @@ namespace {
 OwnGlobals point_global{"Point"};
 OwnClass point_class_object("Point");
 
-// The float held by an attribute of an instance, or nothing.
-std::optional<double> float_attribute(PyObject* o, PyObject* name) {
+// Reads the float that an attribute of `o` holds into `out`; false when there is none.
+bool float_attribute(PyObject* o, PyObject* name, double& out) {
   PyObject* value = PyObject_GetAttr(o, name);
   if (!value) {
     PyErr_Clear();
-    return std::nullopt;
+    return false;
   }
-  std::optional<double> result;
-  if (PyFloat_CheckExact(value)) result = PyFloat_AS_DOUBLE(value);
+  const bool is_float = PyFloat_CheckExact(value);
+  if (is_float) out = PyFloat_AS_DOUBLE(value);
   Py_DECREF(value);
-  return result;
+  return is_float;
 }
 
 // An item that the float conversion of Point.__init__ takes without running code of
@@ -41,15 +41,17 @@ std::optional<double> plain_number(PyObject* o) {
 
 OwnClass& point_class() { return point_class_object; }
 
+bool read_point_xy(PyObject* point, Vec3& p) {
+  return point_class_object.admits(point) && float_attribute(point, id<"_x">(), p.x) &&
+         float_attribute(point, id<"_y">(), p.y);
+}
+
+bool read_point_z(PyObject* point, Vec3& p) { return float_attribute(point, id<"_z">(), p.z); }
+
 std::optional<Vec3> read_point(PyObject* point) {
-  if (!point_class().admits(point)) return std::nullopt;
-  const auto x = float_attribute(point, id<"_x">());
-  if (!x) return std::nullopt;
-  const auto y = float_attribute(point, id<"_y">());
-  if (!y) return std::nullopt;
-  const auto z = float_attribute(point, id<"_z">());
-  if (!z) return std::nullopt;
-  return Vec3{*x, *y, *z};
+  Vec3 p;
+  if (read_point_xy(point, p) && read_point_z(point, p)) return p;
+  return std::nullopt;
 }
 
 std::optional<Vec3> read_point_like(PyObject* point) {

@@ -17,6 +17,11 @@ OwnClass& point_class();
 // _y and _z are floats. Nothing otherwise, and no exception is left set.
 std::optional<Vec3> read_point(PyObject* point);
 
+// The same in two steps, for callers that may not need z: x and y (z left as it was),
+// then z.
+bool read_point_xy(PyObject* point, Vec3& p);
+bool read_point_z(PyObject* point, Vec3& p);
+
 // The coordinates that `Point(*point)` would give: for a point as above, or for a tuple
 // or list of two or three floats or ints. Nothing where the host must do the work.
 std::optional<Vec3> read_point_like(PyObject* point);

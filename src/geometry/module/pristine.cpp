@@ -49,7 +49,25 @@ bool bookkeeping(PyObject* key) {
   return false;
 }
 
+#if PY_VERSION_HEX >= 0x030C0000
+unsigned long long generation = 1;
+
+int count_change(PyDict_WatchEvent, PyObject*, PyObject*, PyObject*) {
+  ++generation;
+  return 0;
+}
+#endif
+
 }  // namespace
+
+unsigned long long globals_generation() {
+#if PY_VERSION_HEX >= 0x030C0000
+  return generation;
+#else
+  // The host gives a dict a new, process-wide unique tag on every change.
+  return reinterpret_cast<PyDictObject*>(module_dict())->ma_version_tag + 1;
+#endif
+}
 
 OwnGlobals::OwnGlobals(std::initializer_list<const char*> names) : names_(names) {
   registry().globals.push_back(this);
@@ -71,11 +89,14 @@ void OwnGlobals::capture(PyObject* dict) {
 
 bool OwnGlobals::hold() const {
   if (!complete_) return false;
+  const unsigned long long now = globals_generation();
+  if (now == checked_generation_) return true;
   PyObject* dict = module_dict();
   for (const auto& [key, value] : entries_) {
     // An interned str key: the lookup cannot fail.
     if (PyDict_GetItemWithError(dict, key) != value) return false;
   }
+  checked_generation_ = now;
   return true;
 }
 
@@ -140,6 +161,10 @@ bool OwnClass::verify(PyTypeObject* type) {
 
 void capture_own_state() {
   PyObject* dict = module_dict();
+#if PY_VERSION_HEX >= 0x030C0000
+  const int watcher = check(PyDict_AddWatcher(count_change));
+  check(PyDict_Watch(watcher, dict));
+#endif
   for (OwnGlobals* g : registry().globals) g->capture(dict);
   for (OwnClass* c : registry().classes) c->capture(dict);
 }

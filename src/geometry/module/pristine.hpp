@@ -28,6 +28,7 @@ class OwnGlobals {
   std::vector<const char*> names_;
   std::vector<std::pair<PyObject*, PyObject*>> entries_;  // interned name, strong reference
   bool complete_ = false;                                  // every name was defined
+  mutable unsigned long long checked_generation_ = 0;      // of the module dict, when last found holding
 };
 
 // A class of the module, by its global name, as it stood at the end of import.
@@ -64,7 +65,11 @@ class OwnClass {
   unsigned int subclass_tag_ = 0;
 };
 
-// Records the globals and classes declared above; called once, at the end of import.
+// Records the globals and classes declared above and starts following changes of the
+// module's namespace; called once, at the end of import.
 void capture_own_state();
+
+// A number that changes whenever the module's namespace does; never 0.
+unsigned long long globals_generation();
 
 }  // namespace ostrel
