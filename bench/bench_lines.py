@@ -9,12 +9,16 @@ ratio. Run it by hand:
 """
 import argparse
 import math
+import os
 import timeit
 
-import numpy as np
+# Idle BLAS worker threads spin on one of the two cores and blur the timings.
+os.environ.setdefault("OPENBLAS_NUM_THREADS", "1")
 
-from ostrel import geometry
-from ostrel.core import ISCLOSE_ATOL, ISCLOSE_RTOL
+import numpy as np  # noqa: E402
+
+from ostrel import geometry  # noqa: E402
+from ostrel.core import ISCLOSE_ATOL, ISCLOSE_RTOL  # noqa: E402
 
 
 # ---- plain Python ----------------------------------------------------------------

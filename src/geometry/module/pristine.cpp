@@ -33,11 +33,7 @@ unsigned int tag_of(PyTypeObject* type) {
   return type->tp_version_tag;
 }
 
-// Names a subclass may define without changing how its instances behave once made.
-bool bookkeeping(PyObject* key) {
-  static constexpr std::string_view names[] = {
-      "__module__",      "__qualname__",  "__doc__",          "__dict__",           "__weakref__",
-      "__init__",        "__annotations__", "__firstlineno__", "__static_attributes__", "__orig_bases__"};
+bool one_of(PyObject* key, std::initializer_list<std::string_view> names) {
   Py_ssize_t size = 0;
   const char* text = PyUnicode_Check(key) ? PyUnicode_AsUTF8AndSize(key, &size) : nullptr;
   if (!text) {
@@ -47,6 +43,17 @@ bool bookkeeping(PyObject* key) {
   for (std::string_view name : names)
     if (name == std::string_view(text, static_cast<size_t>(size))) return true;
   return false;
+}
+
+// What the host adds to a class by itself after its creation: copyreg caches the slot
+// names there at the first copy or pickle of an instance.
+bool cache_entry(PyObject* key) { return one_of(key, {"__slotnames__"}); }
+
+// Names a subclass may define without changing how its instances behave once made.
+bool bookkeeping(PyObject* key) {
+  return cache_entry(key) || one_of(key, {"__module__", "__qualname__", "__doc__", "__dict__", "__weakref__",
+                                          "__init__", "__annotations__", "__firstlineno__",
+                                          "__static_attributes__", "__orig_bases__"});
 }
 
 #if PY_VERSION_HEX >= 0x030C0000
@@ -119,18 +126,24 @@ bool OwnClass::current(PyTypeObject* type, unsigned int tag) {
   return tag != 0 && type->tp_version_tag == tag;
 }
 
-// The class's own namespace holds exactly what it held at capture. A change that was
-// undone (a patch taken back) counts as no change.
+// The class's own namespace holds what it held at capture, and nothing more but the
+// host's own cache entries. A change that was undone (a patch taken back) counts as no
+// change.
 bool OwnClass::unchanged() {
   if (!cls_) return false;
   if (current(type(), class_tag_)) return true;
   PyObject* dict = type()->tp_dict;
-  if (PyDict_Size(dict) != static_cast<Py_ssize_t>(namespace_.size())) return false;
   for (const auto& [key, value] : namespace_)
     if (PyDict_GetItemWithError(dict, key.get()) != value.get()) {
       PyErr_Clear();
       return false;
     }
+  Py_ssize_t extra = PyDict_Size(dict) - static_cast<Py_ssize_t>(namespace_.size());
+  PyObject *key, *value;
+  Py_ssize_t pos = 0;
+  while (extra > 0 && PyDict_Next(dict, &pos, &key, &value))
+    if (cache_entry(key)) --extra;
+  if (extra != 0) return false;
   class_tag_ = tag_of(type());
   return true;
 }
@@ -138,6 +151,19 @@ bool OwnClass::unchanged() {
 bool OwnClass::verify(PyTypeObject* type) {
   if (!unchanged()) return false;
   if (type == this->type()) return true;
+  if (!adds_nothing(type)) {
+    rejected_ = type;
+    rejected_tag_ = tag_of(type);
+    return false;
+  }
+  subclass_ = type;
+  subclass_tag_ = tag_of(type);
+  return true;
+}
+
+// Same metaclass, the class's own bases after it, and nothing but bookkeeping in the
+// namespaces in front of it.
+bool OwnClass::adds_nothing(PyTypeObject* type) const {
   if (Py_TYPE(type) != Py_TYPE(cls_)) return false;
   PyObject* mro = type->tp_mro;
   PyObject* own_mro = this->type()->tp_mro;
@@ -154,8 +180,6 @@ bool OwnClass::verify(PyTypeObject* type) {
     while (PyDict_Next(reinterpret_cast<PyTypeObject*>(base)->tp_dict, &pos, &key, &value))
       if (!bookkeeping(key)) return false;
   }
-  subclass_ = type;
-  subclass_tag_ = tag_of(type);
   return true;
 }
 

@@ -46,6 +46,7 @@ class OwnClass {
   bool admits(PyTypeObject* t) {
     if (t == type() && current(t, class_tag_)) return true;
     if (t == subclass_ && current(t, subclass_tag_)) return true;
+    if (t == rejected_ && current(t, rejected_tag_) && current(type(), class_tag_)) return false;
     return verify(t);
   }
   bool admits(PyObject* instance) { return admits(Py_TYPE(instance)); }
@@ -55,6 +56,7 @@ class OwnClass {
   void capture(PyObject* dict);
   bool verify(PyTypeObject* type);
   bool unchanged();
+  bool adds_nothing(PyTypeObject* type) const;
   static bool current(PyTypeObject* type, unsigned int tag);
 
   const char* name_;
@@ -63,6 +65,8 @@ class OwnClass {
   unsigned int class_tag_ = 0;
   PyTypeObject* subclass_ = nullptr;  // the last subclass found to add nothing
   unsigned int subclass_tag_ = 0;
+  PyTypeObject* rejected_ = nullptr;  // the last subclass found to add something
+  unsigned int rejected_tag_ = 0;
 };
 
 // Records the globals and classes declared above and starts following changes of the

@@ -1,0 +1,134 @@
+"""The native paths of Line and of the line functions against their documented steps.
+
+Every function computes on doubles when nothing it calls has been replaced. A subclass
+that adds a member, or a Point class of the caller's, makes it take the documented
+steps one by one instead. Both must give the same results, the same exceptions and the
+same messages, for any input.
+"""
+import copy
+import math
+import pickle
+import timeit
+
+import pytest
+from hypothesis import given, settings, strategies as st
+
+from ostrel import geometry
+from ostrel.geometry import Line, Point, Vector
+
+
+class StepLine(Line):
+    marker = True
+
+
+class StepPoint(Point):
+    marker = True
+
+
+def describe(value):
+    """A comparable description of a result: floats exactly (NaN included), points and
+    lines by their coordinates, exceptions by type and text."""
+    if value is None or isinstance(value, bool):
+        return value
+    if isinstance(value, float):
+        return repr(value)
+    if isinstance(value, BaseException):
+        return type(value).__name__, str(value)
+    if isinstance(value, Line):
+        return "Line", describe(value.start_point), describe(value.end_point)
+    if isinstance(value, (Point, Vector)):
+        return type(value).__mro__[-2].__name__, tuple(repr(c) for c in (value.x, value.y, value.z))
+    if isinstance(value, tuple):
+        return tuple(describe(v) for v in value)
+    return repr(value)
+
+
+def outcome(function, *args):
+    try:
+        return describe(function(*args))
+    except Exception as error:  # the exception is part of the result
+        return describe(error)
+
+
+def results(first, second, point, value, inclusive):
+    g = geometry
+    ends = tuple(tuple(p) for p in first)
+    return {
+        "horizontal": outcome(lambda: first.horizontal),
+        "vertical": outcome(lambda: first.vertical),
+        "line function": outcome(first.get_line_function_parameters),
+        "collinear": outcome(first.collinear, point),
+        "overlap": outcome(first.find_overlap, second, inclusive),
+        "on line": outcome(g.point_is_on_bounded_line, point, first, inclusive),
+        "on ends": outcome(g.point_is_on_bounded_line, point, ends, inclusive),
+        "extended with y": outcome(g.calculate_intersection_extended_line_with_y, first, value),
+        "bounded with y": outcome(g.calculate_intersection_bounded_line_with_y, first, value),
+        "extended with x": outcome(g.calculate_intersection_extended_line_with_x, first, value),
+        "extended lines": outcome(g.calculate_intersection_extended_lines, first, second),
+        "bounded extended": outcome(g.calculate_intersection_bounded_line_extended_line, first, second, inclusive),
+        "bounded lines": outcome(g.calculate_intersection_bounded_lines, first, second, inclusive),
+    }
+
+
+# Values that make lines horizontal, vertical, parallel, touching, near-coinciding,
+# overflowing or not-a-number, mixed with arbitrary ones.
+coordinate = st.one_of(
+    st.sampled_from([0, 1, -1, 2, 0.5, 3, 1e-10, 1 + 1e-12, 1e8, 1e200, math.nan, math.inf]),
+    st.floats(-5, 5),
+)
+point = st.tuples(coordinate, coordinate, st.sampled_from([0, 0, 1, 1e-10]))
+inclusive = st.sampled_from([True, False, 0, 1, None, "yes"])
+
+
+@settings(max_examples=400, deadline=None)
+@given(point, point, point, point, point, coordinate, inclusive)
+def test_native_and_documented_steps_agree(interval_overlap, a, b, c, d, p, value, include):
+    try:
+        first, second = Line(a, b), Line(c, d)
+    except ValueError:
+        return
+    native = results(first, second, p, value, include)
+    assert results(StepLine(*first), StepLine(*second), p, value, include) == native
+    with pytest.MonkeyPatch.context() as patch:
+        patch.setattr(geometry, "Point", StepPoint)
+        assert results(StepLine(a, b), StepLine(c, d), p, value, include) == native
+
+
+def best_time(function):
+    return min(timeit.repeat(function, number=200, repeat=7))
+
+
+def test_native_paths_survive_copies_and_pickles():
+    # The host caches __slotnames__ in the classes of copied and pickled objects; that
+    # changes nothing about how their instances behave.
+    first, second = Line((0, 0), (2, 2)), Line((0, 2), (2, 0))
+    copy.deepcopy(first)
+    pickle.loads(pickle.dumps(second))
+    steps = StepLine(*first), StepLine(*second)
+    function = geometry.calculate_intersection_bounded_lines
+    assert best_time(lambda: function(*steps)) > 3 * best_time(lambda: function(first, second))
+
+
+WRONG = [None, "text", 5, (1, 2, 3, 4), (1,), [], math.nan, object(), Point(1, 2), Vector(1, 2, 3),
+         Line((0, 0), (1, 1)), ((0, 0, 0), (0, 0, 0))]
+
+
+def test_wrong_arguments_raise_python_exceptions(interval_overlap):
+    line = Line((0, 0), (1, 1))
+    for name in dir(Line):
+        member = getattr(line, name)
+        if callable(member) and name not in ("__class__", "__init_subclass__", "__subclasshook__", "__new__",
+                                             "__reduce__", "__reduce_ex__", "__setattr__", "__delattr__"):
+            for args in [()] + [(w,) for w in WRONG] + [(w, w) for w in WRONG]:
+                try:
+                    member(*args)
+                except Exception:
+                    pass
+    for broken in ({"_start_point": "text"}, {"_end_point": None}):
+        line = Line((0, 0), (1, 1))
+        vars(line).update(broken)
+        for function in (lambda l: l.horizontal, lambda l: l.find_overlap(Line((0, 0), (2, 2))),
+                         lambda l: geometry.calculate_intersection_bounded_lines(l, Line((0, 1), (1, 0))),
+                         lambda l: geometry.point_is_on_bounded_line((0, 0), l)):
+            with pytest.raises(Exception):
+                function(line)
