@@ -161,6 +161,25 @@ def test_tolerance_is_read_at_call_time(monkeypatch):
         calculate_intersection_bounded_lines(Line((0, 0), (2, 2)), Line((0, 2), (2, 0)))
 
 
+@pytest.mark.parametrize("name, value, call, expected", [
+    # _between_bounds: abs_tol=ISCLOSE_ATOL alone, rel_tol 1e-9 whatever ISCLOSE_RTOL is
+    ("ISCLOSE_RTOL", 0.5, lambda: between(1.4, 0, 1), False),
+    ("ISCLOSE_ATOL", 0.5, lambda: between(1.4, 0, 1, "at"), "at"),
+    # slopes of two infinite lines: the same form
+    ("ISCLOSE_RTOL", 0.5, lambda: calculate_intersection_extended_lines(Line((0, 0), (1, 1)), Line((0, 1), (1, 2.2))),
+     Point(-5, -5)),
+    ("ISCLOSE_ATOL", 0.5, lambda: calculate_intersection_extended_lines(Line((0, 0), (1, 1)), Line((0, 1), (1, 2.2))),
+     None),
+    # orientation: plain math.isclose, no tolerance of the module at all
+    ("ISCLOSE_ATOL", 0.5, lambda: geometry.line_is_horizontal(Line((0, 0), (1, 0.1))), False),
+    # point equality: both module tolerances
+    ("ISCLOSE_RTOL", 0.5, lambda: point_is_on_bounded_line((1.4, 1.4), Line((0, 0), (1, 1)), "end"), "end"),
+])
+def test_tolerance_forms(monkeypatch, name, value, call, expected):
+    monkeypatch.setattr(geometry, name, value)
+    assert call() == expected
+
+
 @st.composite
 def crossing_segments(draw):
     """Two segments through one point, each reaching beyond it on both sides."""

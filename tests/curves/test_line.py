@@ -18,6 +18,14 @@ class MyPoint(Point):
     pass
 
 
+class Marked(Line):
+    """Adds a member, so that the module takes the documented steps one by one."""
+    marked = True
+
+
+both_ways = pytest.mark.parametrize("cls", [Line, Marked])
+
+
 def test_construction_copies_the_points():
     a, b = Point(1, 2, 3), MyPoint(4, 5)
     line = Line(a, b)
@@ -111,13 +119,14 @@ def test_discretize():
         line.discretize(3)
 
 
-def test_line_function():
-    assert Line((1, 3), (3, 7)).get_line_function_parameters() == (2.0, 1.0)
-    a, b = Line((1, 0), (1, 5)).get_line_function_parameters()
+@both_ways
+def test_line_function(cls):
+    assert cls((1, 3), (3, 7)).get_line_function_parameters() == (2.0, 1.0)
+    a, b = cls((1, 0), (1, 5)).get_line_function_parameters()
     assert a is np.nan and math.isnan(b)
-    a, b = Line((1, 0), (1 + 1e-12, 5)).get_line_function_parameters()
+    a, b = cls((1, 0), (1 + 1e-12, 5)).get_line_function_parameters()
     assert a > 1e12  # vertical by tolerance only
-    assert geometry.get_line_function_parameters(Line((1, 3), (3, 7))) == (2.0, 1.0)
+    assert geometry.get_line_function_parameters(cls((1, 3), (3, 7))) == (2.0, 1.0)
 
 
 def segment(*points):
@@ -137,15 +146,30 @@ def segment(*points):
     (((0, 0), (2, 2)), ((0, 0), (0, 2)), True, None),
     (((0, 0), (2, 1)), ((0, 1), (2, 2)), True, None),  # parallel, other b
     (((0, 0, 5), (4, 2, 5)), ((6, 3, -1), (2, 1, -1)), False, ((2, 1, 0), (4, 2, 0))),  # z ignored
+    (((0, 0), (0, 2)), ((ISCLOSE_ATOL / 2, 1), (ISCLOSE_ATOL / 2, 3)), False, ((0, 1, 0), (0, 2, 0))),
+    (((0, 0), (1, 0)), ((1 + 1e-10, 0), (2, 0)), True, (1, 0, 0)),  # touching by plain isclose
+    (((2**20, 0), (2**20 + 2**-10, 1)), ((2**20, 0), (2**20 + 2**-3, 128)), True, None),  # vertical by tolerance
 ])
-def test_find_overlap(interval_overlap, first, second, inclusive, expected):
-    result = Line(*first).find_overlap(Line(*second), inclusive=inclusive)
+@both_ways
+def test_find_overlap(interval_overlap, cls, first, second, inclusive, expected):
+    result = cls(*first).find_overlap(cls(*second), inclusive=inclusive)
     if expected is None:
         assert result is None
     elif isinstance(expected[0], tuple):
         assert type(result) is Line and segment(*result) == expected
     else:
         assert type(result) is Point and xyz(result) == expected
+
+
+@pytest.mark.parametrize("first, second, expected", [
+    (((0, 0), (2, 2)), ((0, 0), (2, 2.2)), ((0, 0, 0), (2, 2, 0))),  # slopes: both module tolerances
+    (((1, 0), (1, 2)), ((1.2, 0), (1.2, 2)), None),  # x of verticals: abs_tol=ISCLOSE_ATOL alone
+])
+@both_ways
+def test_find_overlap_tolerance_forms(interval_overlap, monkeypatch, cls, first, second, expected):
+    monkeypatch.setattr(geometry, "ISCLOSE_RTOL", 0.5)
+    result = cls(*first).find_overlap(cls(*second))
+    assert (result if result is None else segment(*result)) == expected
 
 
 def test_find_overlap_calls_the_module_interval_function(interval_overlap, monkeypatch):
@@ -188,7 +212,12 @@ def test_class_patches_are_seen_and_undone(monkeypatch):
     with pytest.raises(ValueError):
         Line((0, 0), (1, 1))
     monkeypatch.undo()
-    assert Line((0, 0), (1, 1)).horizontal is False
+    line = Line((0, 0), (1, 1))
+    monkeypatch.setattr(Point, "__ne__", lambda self, other: True, raising=False)  # a member added
+    with pytest.raises(ValueError, match="^Null vector can't be normalized$"):
+        line.collinear((0, 0))  # the base is the start point itself
+    monkeypatch.undo()
+    assert line.collinear((0, 0)) is True
 
 
 @st.composite

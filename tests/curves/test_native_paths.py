@@ -73,23 +73,27 @@ def results(first, second, point, value, inclusive):
 # Values that make lines horizontal, vertical, parallel, touching, near-coinciding,
 # overflowing or not-a-number, mixed with arbitrary ones.
 coordinate = st.one_of(
-    st.sampled_from([0, 1, -1, 2, 0.5, 3, 1e-10, 1 + 1e-12, 1e8, 1e200, math.nan, math.inf]),
+    st.sampled_from([0, -0.0, 1, -1, 2, 0.5, 3, 1e-10, 1 + 1e-12, 1e8, 1e200, math.nan, math.inf]),
     st.floats(-5, 5),
 )
 point = st.tuples(coordinate, coordinate, st.sampled_from([0, 0, 1, 1e-10]))
 inclusive = st.sampled_from([True, False, 0, 1, None, "yes"])
+# The module's tolerances, read at each call; some values make the three forms differ.
+tolerances = st.tuples(st.sampled_from([1e-9, 0.01, 0.3]), st.sampled_from([1e-9, 0.0, 0.01, 0.3]))
 
 
 @settings(max_examples=400, deadline=None)
-@given(point, point, point, point, point, coordinate, inclusive)
-def test_native_and_documented_steps_agree(interval_overlap, a, b, c, d, p, value, include):
-    try:
-        first, second = Line(a, b), Line(c, d)
-    except ValueError:
-        return
-    native = results(first, second, p, value, include)
-    assert results(StepLine(*first), StepLine(*second), p, value, include) == native
+@given(point, point, point, point, point, coordinate, inclusive, tolerances)
+def test_native_and_documented_steps_agree(interval_overlap, a, b, c, d, p, value, include, tolerance):
     with pytest.MonkeyPatch.context() as patch:
+        patch.setattr(geometry, "ISCLOSE_RTOL", tolerance[0])
+        patch.setattr(geometry, "ISCLOSE_ATOL", tolerance[1])
+        try:
+            first, second = Line(a, b), Line(c, d)
+        except ValueError:
+            return
+        native = results(first, second, p, value, include)
+        assert results(StepLine(*first), StepLine(*second), p, value, include) == native
         patch.setattr(geometry, "Point", StepPoint)
         assert results(StepLine(a, b), StepLine(c, d), p, value, include) == native
 
