@@ -227,7 +227,8 @@ def calculate_intersection_bounded_lines(bounded_line1, bounded_line2, inclusive
 
 INTERSECTIONS = {
     "crossing": (((0, 0), (2, 2)), ((0, 2), (2, 0))),
-    "non-crossing": (((0, 0), (2, 2)), ((0, 3), (2, 2.5))),
+    "non-crossing, boxes apart": (((0, 0), (2, 2)), ((0, 3), (2, 2.5))),
+    "non-crossing, boxes overlap": (((0, 0), (2, 2)), ((0, 3), (3, 1.9))),
     "parallel": (((0, 0), (2, 2)), ((0, 1), (2, 3))),
 }
 OVERLAPS = {
@@ -278,9 +279,9 @@ def main():
                      measure(lambda: native[0].find_overlap(native[1]), args.repeat),
                      measure(lambda: plain[0].find_overlap(plain[1]), args.repeat)))
 
-    print(f"{'case':52} {'ostrel':>10} {'plain':>10} {'ratio':>7}")
+    print(f"{'case':62} {'ostrel':>10} {'plain':>10} {'ratio':>7}")
     for name, native, plain in rows:
-        print(f"{name:52} {native * 1e6:8.2f}us {plain * 1e6:8.2f}us {plain / native:6.1f}x")
+        print(f"{name:62} {native * 1e6:8.2f}us {plain * 1e6:8.2f}us {plain / native:6.1f}x")
     if geometry_overlap is None:
         del geometry.find_overlap
 

@@ -106,7 +106,8 @@ Ref bounded_line_with_y(const Args& a) {
   Ref y = new_float(a.num(1));
   Ref x = call(extended.get(), {a[0], y.get()});
   Ref between = global<"_between_bounds">();
-  Ref x1 = end_coordinate(a[0], id<"start_point">(), id<"x">()), x2 = end_coordinate(a[0], id<"end_point">(), id<"x">());
+  Ref x1 = end_coordinate(a[0], id<"start_point">(), id<"x">());
+  Ref x2 = end_coordinate(a[0], id<"end_point">(), id<"x">());
   Ref inside = call(between.get(), {x.get(), x1.get(), x2.get()});
   return truth(inside.get()) ? x : none();
 }
@@ -322,7 +323,8 @@ Ref bounded_lines(const Args& a) {
 }  // namespace
 
 void define_line_intersections() {
-  define_function("calculate_intersection_bounded_line_with_y", "(line: Line, y_intersection: float) -> Optional[float]",
+  define_function("calculate_intersection_bounded_line_with_y",
+                  "(line: Line, y_intersection: float) -> Optional[float]",
                   bounded_line_with_y,
                   "The x at which the segment meets the horizontal y = y_intersection, or None outside its x\n"
                   "extent. ZeroDivisionError for a horizontal line.");
@@ -347,7 +349,8 @@ void define_line_intersections() {
                   "Whether the point lies on the segment, in 3D; at an end the result is the inclusive\n"
                   "argument itself.");
   define_function("calculate_intersection_extended_line_with_x", "(line: Line, x: float) -> Point",
-                  extended_line_with_x, "The point of the infinite line at x, at z = 0; its y is NaN for a vertical line.");
+                  extended_line_with_x,
+                  "The point of the infinite line at x, at z = 0; its y is NaN for a vertical line.");
   define_function("get_line_function_parameters", "(line: Line) -> Tuple[float, float]", get_line_function_parameters,
                   "The line's get_line_function_parameters(): (a, b) of y = a * x + b.");
   define_function("calculate_intersection_extended_lines",

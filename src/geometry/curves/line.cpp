@@ -218,9 +218,11 @@ Ref get_line_function_parameters(const Args& a) {
   }
   Ref slope;
   try {
-    Ref ey = end_coordinate(self, id<"end_point">(), id<"y">()), sy = end_coordinate(self, id<"start_point">(), id<"y">());
+    Ref ey = end_coordinate(self, id<"end_point">(), id<"y">());
+    Ref sy = end_coordinate(self, id<"start_point">(), id<"y">());
     Ref dy = sub(ey.get(), sy.get());
-    Ref ex = end_coordinate(self, id<"end_point">(), id<"x">()), sx = end_coordinate(self, id<"start_point">(), id<"x">());
+    Ref ex = end_coordinate(self, id<"end_point">(), id<"x">());
+    Ref sx = end_coordinate(self, id<"start_point">(), id<"x">());
     Ref dx = sub(ex.get(), sx.get());
     slope = div(dy.get(), dx.get());
   } catch (const PyError&) {
@@ -244,7 +246,8 @@ Ref check_overlap_sign(const Args& a) {
   Ref last = getitem(overlap, 1), first = getitem(overlap, 0);
   Ref width = sub(last.get(), first.get());
   const bool ascending = truth(compare(width.get(), zero.get(), Py_GT).get());
-  Ref end = end_coordinate(a.self(), id<"end_point">(), id<C>()), start = end_coordinate(a.self(), id<"start_point">(), id<C>());
+  Ref end = end_coordinate(a.self(), id<"end_point">(), id<C>());
+  Ref start = end_coordinate(a.self(), id<"start_point">(), id<C>());
   Ref run = sub(end.get(), start.get());
   const bool forward = truth(compare(run.get(), zero.get(), Py_GT).get());
   if (ascending == forward) return Ref::borrow(overlap);
@@ -284,7 +287,8 @@ Ref interval_overlap(PyObject* self, PyObject* other, PyObject* c, PyObject* inc
 }
 
 Ref vertical_overlap(PyObject* self, PyObject* other, PyObject* inclusive) {
-  Ref sx = end_coordinate(self, id<"start_point">(), id<"x">()), ox = end_coordinate(other, id<"start_point">(), id<"x">());
+  Ref sx = end_coordinate(self, id<"start_point">(), id<"x">());
+  Ref ox = end_coordinate(other, id<"start_point">(), id<"x">());
   const double x = as_double(sx.get()), other_x = as_double(ox.get());
   if (!isclose(x, other_x, abs_tolerance())) return none();
   Ref overlap_x = end_coordinate(self, id<"start_point">(), id<"x">());

@@ -23,9 +23,10 @@ bool float_attribute(PyObject* o, PyObject* name, double& out) {
 }
 
 // An item that the float conversion of Point.__init__ takes without running code of
-// the caller's: an exact float, an exact int that fits, or a bool.
+// the caller's: a float (the host reads the value of a float subclass directly), an
+// exact int that fits, or a bool.
 std::optional<double> plain_number(PyObject* o) {
-  if (PyFloat_CheckExact(o)) return PyFloat_AS_DOUBLE(o);
+  if (PyFloat_Check(o)) return PyFloat_AS_DOUBLE(o);
   if (PyLong_CheckExact(o) || PyBool_Check(o)) {
     const double v = PyLong_AsDouble(o);
     if (v == -1.0 && PyErr_Occurred()) {

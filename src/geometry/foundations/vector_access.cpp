@@ -9,6 +9,8 @@ OwnGlobals vector_global{"Vector"};
 OwnClass vector_class("Vector");
 }  // namespace
 
-bool vector_class_native() { return vector_class.get() && vector_global.hold() && vector_class.admits(vector_class.type()); }
+bool vector_class_native() {
+  return vector_class.get() && vector_global.hold() && vector_class.admits(vector_class.type());
+}
 
 }  // namespace ostrel

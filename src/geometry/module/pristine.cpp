@@ -112,10 +112,11 @@ OwnClass::OwnClass(const char* name) : name_(name) { registry().classes.push_bac
 void OwnClass::capture(PyObject* dict) {
   PyObject* cls = PyDict_GetItemString(dict, name_);
   if (!cls || !PyType_Check(cls)) return;
-  cls_ = cls;
+  cls_ = new_ref(cls);  // kept for the process, whatever happens to the global
   PyObject *key, *value;
   Py_ssize_t pos = 0;
-  while (PyDict_Next(type()->tp_dict, &pos, &key, &value)) namespace_.emplace_back(Ref::borrow(key), Ref::borrow(value));
+  while (PyDict_Next(type()->tp_dict, &pos, &key, &value))
+    namespace_.emplace_back(Ref::borrow(key), Ref::borrow(value));
   class_tag_ = tag_of(type());
 }
 

@@ -36,7 +36,7 @@ class OwnClass {
  public:
   explicit OwnClass(const char* name);
 
-  // The class as defined (borrowed; the module keeps it alive), null before capture.
+  // The class as defined, null before capture.
   PyObject* get() const { return cls_; }
   PyTypeObject* type() const { return reinterpret_cast<PyTypeObject*>(cls_); }
 
