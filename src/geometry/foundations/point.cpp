@@ -1,23 +1,32 @@
 // Point: an immutable position in 3D space, the base of every curve, surface and solid.
 // Coordinates live in _x, _y, _z behind read-only properties; equality by tolerance is
 // the module's meaning of coinciding points.
+#include "foundations/point.hpp"
+
 #include "foundations/arrays.hpp"
 #include "foundations/indexing.hpp"
 #include "foundations/tolerance.hpp"
 #include "module/class_builder.hpp"
 #include "module/definitions.hpp"
+#include "foundations/vector.hpp"
 #include "module/lazy_iterator.hpp"
 
 namespace ostrel {
 
 namespace {
 
-Ref x_of(PyObject* o) { return getattr(o, id<"_x">()); }
-Ref y_of(PyObject* o) { return getattr(o, id<"_y">()); }
-Ref z_of(PyObject* o) { return getattr(o, id<"_z">()); }
+ClassGuard guard;
+
+Ref x_of(PyObject* o) { return field(guard, o, id<"_x">()); }
+Ref y_of(PyObject* o) { return field(guard, o, id<"_y">()); }
+Ref z_of(PyObject* o) { return field(guard, o, id<"_z">()); }
 
 Ref init(const Args& a) {
   Ref x = new_float(a.num(1)), y = new_float(a.num(2)), z = new_float(a.num(3));
+  if (guard.admits(a.self())) {
+    store_fields(a.self(), {{id<"_x">(), x.get()}, {id<"_y">(), y.get()}, {id<"_z">(), z.get()}});
+    return none();
+  }
   setattr(a.self(), id<"_x">(), x.get());
   setattr(a.self(), id<"_y">(), y.get());
   setattr(a.self(), id<"_z">(), z.get());
@@ -40,9 +49,11 @@ Ref iter(const Args& a) { return make_lazy_iterator(a.self(), start_iteration); 
 Ref eq(const Args& a) {
   PyObject* other = a[1];
   if (!isinstance(other, global<"Point">().get())) return Ref::borrow(Py_NotImplemented);
+  Tolerance t{};
+  bool read_tolerance = false;
   for (Ref (*read)(PyObject*) : {x_of, y_of, z_of}) {
     Ref mine = read(a.self()), theirs = read(other);
-    const Tolerance t = module_tolerance();
+    if (!read_tolerance) t = module_tolerance(), read_tolerance = true;
     if (!isclose(as_double(mine.get()), as_double(theirs.get()), t)) return boolean(false);
   }
   return boolean(true);
@@ -70,6 +81,9 @@ Ref coordinates(const Args& a) {
 
 Ref copy(const Args& a) {
   Ref x = x_of(a.self()), y = y_of(a.self()), z = z_of(a.self());
+  if (guard.admits(a.self()) && PyFloat_CheckExact(x.get()) && PyFloat_CheckExact(y.get()) &&
+      PyFloat_CheckExact(z.get()))
+    return new_instance(guard, {{id<"_x">(), x.get()}, {id<"_y">(), y.get()}, {id<"_z">(), z.get()}});
   return call(reinterpret_cast<PyObject*>(Py_TYPE(a.self())), {x.get(), y.get(), z.get()});
 }
 
@@ -77,6 +91,10 @@ Ref coincides_with(const Args& a) { return check(PyObject_RichCompare(a.self(), 
 
 Ref vector_to(const Args& a) {
   PyObject* point = a[1];
+  if (guard.admits(point) && guard.admits(a.self())) {
+    const Vec3 to = point_coordinates(point), from = point_coordinates(a.self());
+    return make_vector(to.x - from.x, to.y - from.y, to.z - from.z);
+  }
   Ref px = getitem(point, 0), sx = x_of(a.self());
   Ref dx = sub(px.get(), sx.get());
   Ref py = getitem(point, 1), sy = y_of(a.self());
@@ -100,8 +118,23 @@ Ref get_local_coordinates(const Args& a) {
 
 }  // namespace
 
+const ClassGuard& point_class() { return guard; }
+
+Ref make_point(double x, double y, double z) {
+  Ref cls = global<"Point">();
+  Ref fx = new_float(x), fy = new_float(y), fz = new_float(z);
+  if (cls.get() == guard.cls() && guard.intact())
+    return new_instance(guard, {{id<"_x">(), fx.get()}, {id<"_y">(), fy.get()}, {id<"_z">(), fz.get()}});
+  return call(cls.get(), {fx.get(), fy.get(), fz.get()});
+}
+
+Vec3 point_coordinates(PyObject* point) {
+  Ref x = x_of(point), y = y_of(point), z = z_of(point);
+  return {as_double(x.get()), as_double(y.get()), as_double(z.get())};
+}
+
 void define_point() {
-  ClassBuilder("Point", {},
+  Ref cls = ClassBuilder("Point", {},
                "A point made from coordinates X, Y and Z; it forms the basis of many structural 2D\n"
                "and 3D objects. Point(1, 2) makes a 2D point, with z equal to 0.")
       .method("__init__", "(x: float, y: float, z: float = 0.0)", init, "Make a point; z defaults to 0.0.")
@@ -122,6 +155,7 @@ void define_point() {
               get_local_coordinates,
               "Coordinates relative to local_origin: cartesian, or (r, theta, phi) when spherical is true.")
       .build();
+  guard.set(cls.get());
 }
 
 }  // namespace ostrel

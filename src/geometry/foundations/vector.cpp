@@ -2,6 +2,8 @@
 // reads the attributes afresh (nothing is cached) and reads `other` by attribute
 // only, so any object with x, y and z serves; new vectors are made through
 // self.__class__ so that subclasses survive arithmetic.
+#include "foundations/vector.hpp"
+
 #include "foundations/indexing.hpp"
 #include "foundations/tolerance.hpp"
 #include "module/class_builder.hpp"
@@ -14,16 +16,28 @@ namespace ostrel {
 
 namespace {
 
-PyObject* cls_of(PyObject* self) { return reinterpret_cast<PyObject*>(Py_TYPE(self)); }
+ClassGuard guard;
 
-Ref make_like(PyObject* self, PyObject* x, PyObject* y, PyObject* z) { return call(cls_of(self), {x, y, z}); }
+Ref x_of(PyObject* o) { return field(guard, o, id<"x">()); }
+Ref y_of(PyObject* o) { return field(guard, o, id<"y">()); }
+Ref z_of(PyObject* o) { return field(guard, o, id<"z">()); }
 
-Ref x_of(PyObject* o) { return getattr(o, id<"x">()); }
-Ref y_of(PyObject* o) { return getattr(o, id<"y">()); }
-Ref z_of(PyObject* o) { return getattr(o, id<"z">()); }
+// A float object of `o`'s value, as the constructor stores it.
+Ref as_float(PyObject* o) { return PyFloat_CheckExact(o) ? Ref::borrow(o) : new_float(as_double(o)); }
+
+// self.__class__(x, y, z); made directly when that is the module's own Vector.
+Ref make_like(PyObject* self, PyObject* x, PyObject* y, PyObject* z) {
+  if (!guard.admits(self)) return call(reinterpret_cast<PyObject*>(Py_TYPE(self)), {x, y, z});
+  Ref fx = as_float(x), fy = as_float(y), fz = as_float(z);
+  return new_instance(guard, {{id<"x">(), fx.get()}, {id<"y">(), fy.get()}, {id<"z">(), fz.get()}});
+}
 
 Ref init(const Args& a) {
   Ref x = new_float(a.num(1)), y = new_float(a.num(2)), z = new_float(a.num(3));
+  if (guard.admits(a.self())) {
+    store_fields(a.self(), {{id<"x">(), x.get()}, {id<"y">(), y.get()}, {id<"z">(), z.get()}});
+    return none();
+  }
   setattr(a.self(), id<"x">(), x.get());
   setattr(a.self(), id<"y">(), y.get());
   setattr(a.self(), id<"z">(), z.get());
@@ -46,9 +60,11 @@ Ref iter(const Args& a) { return make_lazy_iterator(a.self(), start_iteration); 
 Ref eq(const Args& a) {
   PyObject* other = a[1];
   if (!isinstance(other, global<"Vector">().get())) return Ref::borrow(Py_NotImplemented);
+  Tolerance t{};
+  bool read_tolerance = false;
   for (Ref (*read)(PyObject*) : {x_of, y_of, z_of}) {
     Ref mine = read(a.self()), theirs = read(other);
-    const Tolerance t = module_tolerance();
+    if (!read_tolerance) t = module_tolerance(), read_tolerance = true;
     if (!isclose(as_double(mine.get()), as_double(theirs.get()), t)) return boolean(false);
   }
   return boolean(true);
@@ -167,8 +183,23 @@ Ref cross(const Args& a) {
 
 }  // namespace
 
+const ClassGuard& vector_class() { return guard; }
+
+Ref make_vector(double x, double y, double z) {
+  Ref cls = global<"Vector">();
+  Ref fx = new_float(x), fy = new_float(y), fz = new_float(z);
+  if (cls.get() == guard.cls() && guard.intact())
+    return new_instance(guard, {{id<"x">(), fx.get()}, {id<"y">(), fy.get()}, {id<"z">(), fz.get()}});
+  return call(cls.get(), {fx.get(), fy.get(), fz.get()});
+}
+
+Vec3 vector_coordinates(PyObject* vector) {
+  Ref x = x_of(vector), y = y_of(vector), z = z_of(vector);
+  return {as_double(x.get()), as_double(y.get()), as_double(z.get())};
+}
+
 void define_vector() {
-  ClassBuilder("Vector", {},
+  Ref cls = ClassBuilder("Vector", {},
                "A free vector in 3D space with public, writable coordinates x, y and z.\n\n"
                "Supports negation (-v), addition (v + w), subtraction (v - w), multiplication\n"
                "and reverse multiplication by a number (v * 2, 2 * v), the dot product v.dot(w)\n"
@@ -192,6 +223,7 @@ void define_vector() {
       .method("dot", "(other: Vector) -> float", dot, "Dot product with another vector.")
       .method("cross", "(other: Vector) -> Vector", cross, "Cross product with another vector.")
       .build();
+  guard.set(cls.get());
 }
 
 }  // namespace ostrel

@@ -1,0 +1,45 @@
+#include "module/instance.hpp"
+
+namespace ostrel {
+
+namespace {
+
+PyObject* instance_dict(PyObject* o) {
+  PyObject** slot = _PyObject_GetDictPtr(o);
+  if (!slot) raise(PyExc_SystemError, "instance has no __dict__");
+  if (!*slot) *slot = check(PyDict_New()).release();
+  return *slot;
+}
+
+}  // namespace
+
+void ClassGuard::set(PyObject* cls) {
+  type_ = reinterpret_cast<PyTypeObject*>(cls);
+  // A lookup through the type gives it a version tag if it has none yet.
+  Ref init = getattr(cls, id<"__init__">());
+  tag_ = (type_->tp_flags & Py_TPFLAGS_VALID_VERSION_TAG) ? type_->tp_version_tag : 0;
+}
+
+Ref field(const ClassGuard& guard, PyObject* o, PyObject* name) {
+  if (guard.admits(o)) {
+    PyObject* value = PyDict_GetItemWithError(instance_dict(o), name);
+    if (value) return Ref::borrow(value);
+    if (PyErr_Occurred()) throw PyError{};
+  }
+  return getattr(o, name);
+}
+
+void store_fields(PyObject* o, std::initializer_list<std::pair<PyObject*, PyObject*>> fields) {
+  PyObject* dict = instance_dict(o);
+  for (auto [name, value] : fields) check(PyDict_SetItem(dict, name, value));
+}
+
+Ref new_instance(const ClassGuard& guard, std::initializer_list<std::pair<PyObject*, PyObject*>> fields) {
+  static PyObject* const no_arguments = PyTuple_New(0);
+  PyTypeObject* type = reinterpret_cast<PyTypeObject*>(guard.cls());
+  Ref o = check(PyBaseObject_Type.tp_new(type, no_arguments, nullptr));
+  store_fields(o.get(), fields);
+  return o;
+}
+
+}  // namespace ostrel
