@@ -21,6 +21,16 @@ Ref x_of(PyObject* o) { return field(guard, o, id<"_x">()); }
 Ref y_of(PyObject* o) { return field(guard, o, id<"_y">()); }
 Ref z_of(PyObject* o) { return field(guard, o, id<"_z">()); }
 
+// Fast path: the coordinates of an instance of exactly the module's Point, all floats.
+bool floats_of(PyObject* o, double* out) {
+  return read_floats(guard, o, {id<"_x">(), id<"_y">(), id<"_z">()}, out);
+}
+
+Ref new_point(double x, double y, double z) {
+  Ref fx = new_float(x), fy = new_float(y), fz = new_float(z);
+  return new_instance(guard, {{id<"_x">(), fx.get()}, {id<"_y">(), fy.get()}, {id<"_z">(), fz.get()}});
+}
+
 Ref init(const Args& a) {
   Ref x = new_float(a.num(1)), y = new_float(a.num(2)), z = new_float(a.num(3));
   if (guard.admits(a.self())) {
@@ -49,6 +59,11 @@ Ref iter(const Args& a) { return make_lazy_iterator(a.self(), start_iteration); 
 Ref eq(const Args& a) {
   PyObject* other = a[1];
   if (!isinstance(other, global<"Point">().get())) return Ref::borrow(Py_NotImplemented);
+  double mine[3], theirs[3];
+  if (floats_of(a.self(), mine) && floats_of(other, theirs)) {
+    const Tolerance t = module_tolerance();
+    return boolean(isclose(mine[0], theirs[0], t) && isclose(mine[1], theirs[1], t) && isclose(mine[2], theirs[2], t));
+  }
   Tolerance t{};
   bool read_tolerance = false;
   for (Ref (*read)(PyObject*) : {x_of, y_of, z_of}) {
@@ -80,10 +95,8 @@ Ref coordinates(const Args& a) {
 }
 
 Ref copy(const Args& a) {
+  if (double c[3]; floats_of(a.self(), c)) return new_point(c[0], c[1], c[2]);
   Ref x = x_of(a.self()), y = y_of(a.self()), z = z_of(a.self());
-  if (guard.admits(a.self()) && PyFloat_CheckExact(x.get()) && PyFloat_CheckExact(y.get()) &&
-      PyFloat_CheckExact(z.get()))
-    return new_instance(guard, {{id<"_x">(), x.get()}, {id<"_y">(), y.get()}, {id<"_z">(), z.get()}});
   return call(reinterpret_cast<PyObject*>(Py_TYPE(a.self())), {x.get(), y.get(), z.get()});
 }
 
@@ -91,10 +104,9 @@ Ref coincides_with(const Args& a) { return check(PyObject_RichCompare(a.self(), 
 
 Ref vector_to(const Args& a) {
   PyObject* point = a[1];
-  if (guard.admits(point) && guard.admits(a.self())) {
-    const Vec3 to = point_coordinates(point), from = point_coordinates(a.self());
-    return make_vector(to.x - from.x, to.y - from.y, to.z - from.z);
-  }
+  double to[3], from[3];
+  if (floats_of(point, to) && floats_of(a.self(), from))
+    return make_vector(to[0] - from[0], to[1] - from[1], to[2] - from[2]);
   Ref px = getitem(point, 0), sx = x_of(a.self());
   Ref dx = sub(px.get(), sx.get());
   Ref py = getitem(point, 1), sy = y_of(a.self());
@@ -122,13 +134,13 @@ const ClassGuard& point_class() { return guard; }
 
 Ref make_point(double x, double y, double z) {
   Ref cls = global<"Point">();
+  if (cls.get() == guard.cls() && guard.intact()) return new_point(x, y, z);
   Ref fx = new_float(x), fy = new_float(y), fz = new_float(z);
-  if (cls.get() == guard.cls() && guard.intact())
-    return new_instance(guard, {{id<"_x">(), fx.get()}, {id<"_y">(), fy.get()}, {id<"_z">(), fz.get()}});
   return call(cls.get(), {fx.get(), fy.get(), fz.get()});
 }
 
 Vec3 point_coordinates(PyObject* point) {
+  if (double c[3]; floats_of(point, c)) return {c[0], c[1], c[2]};
   Ref x = x_of(point), y = y_of(point), z = z_of(point);
   return {as_double(x.get()), as_double(y.get()), as_double(z.get())};
 }

@@ -1,4 +1,5 @@
 // The entry point PyInit_geometry and the one initialisation of the module.
+#include "foundations/arrays.hpp"
 #include "module/definitions.hpp"
 #include "module/function.hpp"
 #include "module/globals.hpp"
@@ -63,6 +64,7 @@ int exec_geometry(PyObject* module) {
     ready_function_type();
     ready_lazy_iterator_type();
     check(PyRun_String(prologue, Py_file_input, dict, dict));
+    import_numpy_api();
     define_all();
     Ref test = check(PyDict_New());
     set_global("__test__", test.get());

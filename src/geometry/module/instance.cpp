@@ -29,9 +29,30 @@ Ref field(const ClassGuard& guard, PyObject* o, PyObject* name) {
   return getattr(o, name);
 }
 
-void store_fields(PyObject* o, std::initializer_list<std::pair<PyObject*, PyObject*>> fields) {
+bool read_floats(const ClassGuard& guard, PyObject* o, std::initializer_list<PyObject*> names, double* out) {
+  if (!guard.admits(o)) return false;
   PyObject* dict = instance_dict(o);
-  for (auto [name, value] : fields) check(PyDict_SetItem(dict, name, value));
+  Py_ssize_t position = 0;
+  size_t i = 0;
+  for (PyObject* name : names) {
+    PyObject *key, *value;
+    if (!PyDict_Next(dict, &position, &key, &value) || key != name) {
+      value = PyDict_GetItemWithError(dict, name);
+      if (!value) {
+        if (PyErr_Occurred()) throw PyError{};
+        return false;
+      }
+    }
+    if (!PyFloat_CheckExact(value)) return false;
+    out[i++] = PyFloat_AS_DOUBLE(value);
+  }
+  return true;
+}
+
+// The generic store keeps the interpreter's compact instance values; the dict is made
+// only when a fast read first needs it.
+void store_fields(PyObject* o, std::initializer_list<std::pair<PyObject*, PyObject*>> fields) {
+  for (auto [name, value] : fields) check(PyObject_GenericSetAttr(o, name, value));
 }
 
 Ref new_instance(const ClassGuard& guard, std::initializer_list<std::pair<PyObject*, PyObject*>> fields) {

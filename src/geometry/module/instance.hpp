@@ -35,11 +35,17 @@ class ClassGuard {
 // `o`, through the generic protocol otherwise (errors included).
 Ref field(const ClassGuard& guard, PyObject* o, PyObject* name);
 
+// Reads the float fields `names` of `o` into `out` when `guard` admits `o` and every
+// one of them holds an exact float; false otherwise, with nothing read. Fields that
+// __init__ stored first are found by walking the dict from its start.
+bool read_floats(const ClassGuard& guard, PyObject* o, std::initializer_list<PyObject*> names, double* out);
+
 // A new instance of the guarded class holding `fields`, made as object.__new__ makes
 // it and filled as its own __init__ would fill it. Only for an intact class.
 Ref new_instance(const ClassGuard& guard, std::initializer_list<std::pair<PyObject*, PyObject*>> fields);
 
-// Stores `fields` in the instance dict of `o`, which `guard` admits.
+// Stores `fields` as instance attributes of `o`, whose class a guard admits (so no
+// __setattr__ or descriptor of its own stands in the way).
 void store_fields(PyObject* o, std::initializer_list<std::pair<PyObject*, PyObject*>> fields);
 
 }  // namespace ostrel
