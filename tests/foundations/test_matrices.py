@@ -43,12 +43,6 @@ def test_quarter_turn_about_z(point, expected):
     assert np.allclose(apply(matrix, (1, 0, 0)), expected)
 
 
-def test_rotation_about_a_point_copies_nothing_it_should_not():
-    point = np.array([1.0, 2.0, 3.0])
-    rotation_matrix(1.0, Vector(0, 0, 2), point)
-    assert point.tolist() == [1.0, 2.0, 3.0]
-
-
 @given(angle, direction, triple)
 def test_rotation_is_proper_and_fixes_its_axis_through_point(a, d, p):
     matrix = rotation_matrix(a, d, p)
