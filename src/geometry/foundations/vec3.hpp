@@ -1,4 +1,4 @@
-// The kernel's 3-vector: plain doubles, no Python.
+// A position or direction on plain doubles, the unit of data of the geometry kernels.
 #pragma once
 
 namespace ostrel {

@@ -8,5 +8,16 @@ void define_visualisation_error();
 void define_vector();
 void define_point();
 void define_coordinate_conversions();
+void define_coplanarity();
+void define_point_forms();
+void define_matrices();
+void define_unit_vector();
+void define_mirror_object();
+void define_closed_forms();
+void define_colour_text();
+void define_orientation();
+void define_add_point();
+void define_find_overlap();
+void define_current_next();
 
 }  // namespace ostrel

@@ -42,9 +42,22 @@ void define_all() {
   // Line; the thirteen line functions; Revolve, LineRevolve, Arc, ArcRevolve, Triangle,
   // CartesianAxes, RDWGSConverter
   define_coordinate_conversions();
-  // Extrusions; points_are_coplanar .. find_overlap; patterns, Polygon, Polyline, Cone,
-  // Sphere, Torus, TriangleAssembly; _current_next; geographic classes, _Mesh; the OBJ
-  // and MTL readers and _MeshAssembly
+  // Extrusion, ArcExtrusion, CircularExtrusion, RectangularExtrusion, SquareBeam
+  define_coplanarity();    // points_are_coplanar, lines_in_same_plane
+  define_point_forms();    // calculate_distance_vector, convert_points_for_lathe
+  define_matrices();       // translation, scaling, rotation and reflection matrices
+  define_unit_vector();
+  define_mirror_object();
+  define_closed_forms();   // volume_cone, surface_cone_without_base, surface_area_dome
+  define_colour_text();    // hex_to_rgb, rgb_to_hex
+  define_orientation();    // circumference_is_clockwise
+  define_add_point();
+  // get_vertices_faces
+  define_find_overlap();
+  // Pattern, LinearPattern, BidirectionalPattern, Polygon, Polyline, Cone, Sphere, Torus,
+  // TriangleAssembly
+  define_current_next();
+  // geographic classes, _Mesh; the OBJ and MTL readers and _MeshAssembly
 }
 
 int exec_geometry(PyObject* module) {
