@@ -6,6 +6,9 @@ namespace ostrel {
 
 void define_visualisation_error();
 void define_vector();
+void define_gltf();
+void define_transformable_object();
+void define_group();
 void define_point();
 void define_coordinate_conversions();
 void define_coplanarity();
@@ -18,6 +21,7 @@ void define_colour_text();
 void define_orientation();
 void define_add_point();
 void define_find_overlap();
+void define_patterns();
 void define_current_next();
 
 }  // namespace ostrel

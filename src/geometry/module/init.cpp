@@ -37,7 +37,10 @@ T = TypeVar('T')
 void define_all() {
   define_visualisation_error();
   define_vector();
-  // _GLTF, Material, TransformableObject, Group
+  define_gltf();
+  // Material
+  define_transformable_object();
+  define_group();
   define_point();
   // Line; the thirteen line functions; Revolve, LineRevolve, Arc, ArcRevolve, Triangle,
   // CartesianAxes, RDWGSConverter
@@ -54,8 +57,8 @@ void define_all() {
   define_add_point();
   // get_vertices_faces
   define_find_overlap();
-  // Pattern, LinearPattern, BidirectionalPattern, Polygon, Polyline, Cone, Sphere, Torus,
-  // TriangleAssembly
+  define_patterns();
+  // Polygon, Polyline, Cone, Sphere, Torus, TriangleAssembly
   define_current_next();
   // geographic classes, _Mesh; the OBJ and MTL readers and _MeshAssembly
 }
