@@ -6,7 +6,9 @@ namespace ostrel {
 
 void define_visualisation_error();
 void define_vector();
+void define_material();
 void define_point();
+void define_triangle();
 void define_coordinate_conversions();
 
 }  // namespace ostrel

@@ -36,9 +36,12 @@ T = TypeVar('T')
 void define_all() {
   define_visualisation_error();
   define_vector();
-  // _GLTF, Material, TransformableObject, Group
+  // _GLTF
+  define_material();
+  // TransformableObject, Group
   define_point();
-  // Line; the thirteen line functions; Revolve, LineRevolve, Arc, ArcRevolve, Triangle,
+  // Line; the thirteen line functions; Revolve, LineRevolve, Arc, ArcRevolve
+  define_triangle();
   // CartesianAxes, RDWGSConverter
   define_coordinate_conversions();
   // Extrusions; points_are_coplanar .. find_overlap; patterns, Polygon, Polyline, Cone,
