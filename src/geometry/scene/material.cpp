@@ -42,17 +42,32 @@ Ref set_density(const Args& a) {
   return none();
 }
 
-// Holds one level of the host's recursion count, so that a call that re-enters itself
-// ends in RecursionError at the host's limit instead of exhausting the C stack.
+// Holds one level of the host's recursion count, so that the setter re-entering itself
+// ends in RecursionError at the host's limit. A limit raised far above its default
+// would let the C stack run out first, so the nesting is capped as well.
 class RecursionLevel {
  public:
   RecursionLevel() {
     if (Py_EnterRecursiveCall("")) throw PyError{};
+    if (++depth > max_depth) {
+      leave();
+      raise(PyExc_RecursionError, "maximum recursion depth exceeded");
+    }
   }
-  ~RecursionLevel() { Py_LeaveRecursiveCall(); }
+  ~RecursionLevel() { leave(); }
   RecursionLevel(const RecursionLevel&) = delete;
   RecursionLevel& operator=(const RecursionLevel&) = delete;
+
+ private:
+  static constexpr int max_depth = 1000;  // well under a megabyte of C stack
+  static void leave() {
+    --depth;
+    Py_LeaveRecursiveCall();
+  }
+  static thread_local int depth;
 };
+
+thread_local int RecursionLevel::depth = 0;
 
 // Assigns to the public `price`, i.e. to this very setter, not to `_price`: an
 // assignment recurses until the host raises RecursionError and stores nothing. Callers
