@@ -38,8 +38,15 @@ bool is_own_method(PyObject* bound, PyObject* obj, PyObject* function) {
   return PyMethod_Check(bound) && PyMethod_GET_FUNCTION(bound) == function && PyMethod_GET_SELF(bound) == obj;
 }
 
+// The class `cls` finds `member` under `name`, itself or through its bases.
+bool class_has(PyObject* cls, PyObject* name, PyObject* member) {
+  return _PyType_Lookup(reinterpret_cast<PyTypeObject*>(cls), name) == member;
+}
+
 // The class of `obj` finds `member` under `name`, as special methods are looked up.
-bool type_has(PyObject* obj, PyObject* name, PyObject* member) { return _PyType_Lookup(Py_TYPE(obj), name) == member; }
+bool type_has(PyObject* obj, PyObject* name, PyObject* member) {
+  return class_has(reinterpret_cast<PyObject*>(Py_TYPE(obj)), name, member);
+}
 
 // Runs the reading part of a native path. A failure there clears the error and
 // reports false: the documented steps run next and raise it in their own order.
@@ -115,8 +122,8 @@ Ref init(const Args& a) {
 // The Vector made by Point.vector_to still has the module's own cross and magnitude.
 bool vector_is_own() {
   Ref vector = global<"Vector">();
-  return vector.get() == own.vector && type_has(vector.get(), id<"cross">(), own.vector_cross) &&
-         type_has(vector.get(), id<"magnitude">(), own.vector_magnitude);
+  return vector.get() == own.vector && class_has(vector.get(), id<"cross">(), own.vector_cross) &&
+         class_has(vector.get(), id<"magnitude">(), own.vector_magnitude);
 }
 
 std::optional<double> native_area(PyObject* self) {
