@@ -1,4 +1,4 @@
-// A position or direction in 3D space as plain doubles, for the kernels.
+// A position or direction on plain doubles, the unit of data of the geometry kernels.
 #pragma once
 
 namespace ostrel {

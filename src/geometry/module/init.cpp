@@ -1,4 +1,5 @@
 // The entry point PyInit_geometry and the one initialisation of the module.
+#include "foundations/arrays.hpp"
 #include "module/definitions.hpp"
 #include "module/function.hpp"
 #include "module/globals.hpp"
@@ -36,17 +37,31 @@ T = TypeVar('T')
 void define_all() {
   define_visualisation_error();
   define_vector();
-  // _GLTF
+  define_gltf();
   define_material();
-  // TransformableObject, Group
+  define_transformable_object();
+  define_group();
   define_point();
   // Line; the thirteen line functions; Revolve, LineRevolve, Arc, ArcRevolve
   define_triangle();
   // CartesianAxes, RDWGSConverter
   define_coordinate_conversions();
-  // Extrusions; points_are_coplanar .. find_overlap; patterns, Polygon, Polyline, Cone,
-  // Sphere, Torus, TriangleAssembly; _current_next; geographic classes, _Mesh; the OBJ
-  // and MTL readers and _MeshAssembly
+  // Extrusion, ArcExtrusion, CircularExtrusion, RectangularExtrusion, SquareBeam
+  define_coplanarity();    // points_are_coplanar, lines_in_same_plane
+  define_point_forms();    // calculate_distance_vector, convert_points_for_lathe
+  define_matrices();       // translation, scaling, rotation and reflection matrices
+  define_unit_vector();
+  define_mirror_object();
+  define_closed_forms();   // volume_cone, surface_cone_without_base, surface_area_dome
+  define_colour_text();    // hex_to_rgb, rgb_to_hex
+  define_orientation();    // circumference_is_clockwise
+  define_add_point();
+  // get_vertices_faces
+  define_find_overlap();
+  define_patterns();
+  // Polygon, Polyline, Cone, Sphere, Torus, TriangleAssembly
+  define_current_next();
+  // geographic classes, _Mesh; the OBJ and MTL readers and _MeshAssembly
 }
 
 int exec_geometry(PyObject* module) {
@@ -66,6 +81,7 @@ int exec_geometry(PyObject* module) {
     ready_function_type();
     ready_lazy_iterator_type();
     check(PyRun_String(prologue, Py_file_input, dict, dict));
+    import_numpy_api();
     define_all();
     Ref test = check(PyDict_New());
     set_global("__test__", test.get());
