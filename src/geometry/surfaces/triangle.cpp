@@ -4,15 +4,18 @@
 //
 // Each measure has a native path, which reads plain floats and runs the kernel, and
 // the documented steps on the Python objects. The native path is taken only where it
-// gives the same result: the objects are the module's own (or do not override what the
-// steps call), the numbers are exact floats, and every step stays finite. Anything
-// else, errors included, comes from the documented steps.
+// gives the same result: the objects are instances of the module's own classes,
+// unchanged, the numbers are exact floats, and every step stays finite. Anything else,
+// errors included, comes from the documented steps.
 #include <cmath>
 #include <optional>
 
+#include "foundations/point.hpp"
+#include "foundations/vector.hpp"
 #include "module/class_builder.hpp"
 #include "module/definitions.hpp"
 #include "module/globals.hpp"
+#include "module/instance.hpp"
 #include "module/objects.hpp"
 #include "surfaces/triangle_kernel.hpp"
 
@@ -20,32 +23,13 @@ namespace ostrel {
 
 namespace {
 
-// The module's own members that the documented steps call, kept from definition on
-// (strong references, never released) so that an override or a replacement is seen.
-struct OwnMembers {
-  PyObject* vector = nullptr;
-  PyObject* vector_cross = nullptr;
-  PyObject* vector_magnitude = nullptr;
-  PyObject* point_vector_to = nullptr;
-  PyObject* point_getitem = nullptr;
-  PyObject* triangle_area = nullptr;
-} own;
+ClassGuard guard;
 
-PyObject* keep(PyObject* cls, PyObject* name) { return getattr(cls, name).release(); }
-
-// `bound`, got as getattr(obj, ...), is `function` bound to `obj`.
-bool is_own_method(PyObject* bound, PyObject* obj, PyObject* function) {
-  return PyMethod_Check(bound) && PyMethod_GET_FUNCTION(bound) == function && PyMethod_GET_SELF(bound) == obj;
-}
-
-// The class `cls` finds `member` under `name`, itself or through its bases.
-bool class_has(PyObject* cls, PyObject* name, PyObject* member) {
-  return _PyType_Lookup(reinterpret_cast<PyTypeObject*>(cls), name) == member;
-}
-
-// The class of `obj` finds `member` under `name`, as special methods are looked up.
-bool type_has(PyObject* obj, PyObject* name, PyObject* member) {
-  return class_has(reinterpret_cast<PyObject*>(Py_TYPE(obj)), name, member);
+// `obj.name` is the method of its class, not an attribute of the instance that hides it.
+bool unshadowed(PyObject* obj, PyObject* name) {
+  Ref bound = getattr(obj, name);
+  return PyMethod_Check(bound.get()) && PyMethod_GET_SELF(bound.get()) == obj &&
+         PyMethod_GET_FUNCTION(bound.get()) == _PyType_Lookup(Py_TYPE(obj), name);
 }
 
 // Runs the reading part of a native path. A failure there clears the error and
@@ -72,9 +56,12 @@ bool read_float(PyObject* o, double& out) {
   return true;
 }
 
+// The coordinates of an instance of the module's unchanged Point, all exact floats.
 bool read_point(PyObject* point, Vec3& out) {
-  Ref x = getattr(point, id<"_x">()), y = getattr(point, id<"_y">()), z = getattr(point, id<"_z">());
-  return read_float(x.get(), out.x) && read_float(y.get(), out.y) && read_float(z.get(), out.z);
+  double c[3];
+  if (!read_floats(point_class(), point, {id<"_x">(), id<"_y">(), id<"_z">()}, c)) return false;
+  out = {c[0], c[1], c[2]};
+  return true;
 }
 
 // vertices[0..2][0..2] as exact floats.
@@ -119,25 +106,22 @@ Ref init(const Args& a) {
 
 // ---- area ----
 
-// The Vector made by Point.vector_to still has the module's own cross and magnitude.
+// Point.vector_to makes a Vector through the module global: still the module's own,
+// unchanged class, with its own cross and magnitude.
 bool vector_is_own() {
   Ref vector = global<"Vector">();
-  return vector.get() == own.vector && class_has(vector.get(), id<"cross">(), own.vector_cross) &&
-         class_has(vector.get(), id<"magnitude">(), own.vector_magnitude);
+  return vector.get() == vector_class().cls() && vector_class().intact();
 }
 
 std::optional<double> native_area(PyObject* self) {
   Vec3 p[3];
   const bool read = attempt([&] {
-    Ref profile = getattr(self, id<"profile">());
-    Ref p0 = item(profile.get(), 0);
-    Ref vector_to = getattr(p0.get(), id<"vector_to">());
-    if (!is_own_method(vector_to.get(), p0.get(), own.point_vector_to) || !vector_is_own()) return false;
-    Ref p1 = item(profile.get(), 1);
-    if (!type_has(p1.get(), id<"__getitem__">(), own.point_getitem)) return false;
-    Ref p2 = item(profile.get(), 2);
-    if (!type_has(p2.get(), id<"__getitem__">(), own.point_getitem)) return false;
-    return read_point(p0.get(), p[0]) && read_point(p1.get(), p[1]) && read_point(p2.get(), p[2]);
+    if (!vector_is_own()) return false;
+    Ref profile = field(guard, self, id<"profile">());
+    Ref p0 = item(profile.get(), 0), p1 = item(profile.get(), 1), p2 = item(profile.get(), 2);
+    // Points (of the unchanged class, so with its own vector_to and indexing) holding floats.
+    return read_point(p0.get(), p[0]) && read_point(p1.get(), p[1]) && read_point(p2.get(), p[2]) &&
+           unshadowed(p0.get(), id<"vector_to">());
   });
   if (!read) return std::nullopt;
   return triangle::area(p[0], p[1], p[2]);
@@ -188,7 +172,7 @@ Ref centroid_through_objects(PyObject* vertices) {
 }
 
 Ref centroid(const Args& a) {
-  Ref vertices = getattr(a.self(), id<"vertices">());
+  Ref vertices = field(guard, a.self(), id<"vertices">());
   Vec3 v[3];
   if (!read_vertices(vertices.get(), v)) return centroid_through_objects(vertices.get());
   const Vec3 c = triangle::centroid(v[0], v[1], v[2]);
@@ -303,9 +287,9 @@ Ref native_moments(const Vec3 (&v)[3], double area) {
 
 Ref moment_of_inertia(const Args& a) {
   PyObject* self = a.self();
-  Ref area_method = getattr(self, id<"area">());
-  Ref area = is_own_method(area_method.get(), self, own.triangle_area) ? area_of(self) : call(area_method.get(), {});
-  Ref vertices = getattr(self, id<"vertices">());
+  const bool own_area = guard.admits(self) && unshadowed(self, id<"area">());
+  Ref area = own_area ? area_of(self) : call_method(self, id<"area">(), {});
+  Ref vertices = field(guard, self, id<"vertices">());
   Vec3 v[3];
   if (PyFloat_CheckExact(area.get()) && read_vertices(vertices.get(), v) &&
       all_finite(v, PyFloat_AS_DOUBLE(area.get()))) {
@@ -326,14 +310,6 @@ Ref repr(const Args& a) {
 }  // namespace
 
 void define_triangle() {
-  Ref vector = global<"Vector">(), point = global<"Point">();
-  own.vector = vector.get();
-  Py_INCREF(own.vector);
-  own.vector_cross = keep(vector.get(), id<"cross">());
-  own.vector_magnitude = keep(vector.get(), id<"magnitude">());
-  own.point_vector_to = keep(point.get(), id<"vector_to">());
-  own.point_getitem = keep(point.get(), id<"__getitem__">());
-
   Ref cls = ClassBuilder("Triangle", {},
                          "A triangle of three 3D points: its area, centroid and second moments of area.\n\n"
                          "`profile` holds the three points as given; `vertices` a copy of their\n"
@@ -348,7 +324,7 @@ void define_triangle() {
                           "triangle in the xy plane; no product of inertia is taken into account.")
                 .method("__repr__", "() -> str", repr, "<Triangle (point1, point2, point3)>.")
                 .build();
-  own.triangle_area = keep(cls.get(), id<"area">());
+  guard.set(cls.get());
 }
 
 }  // namespace ostrel
