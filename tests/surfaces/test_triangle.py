@@ -155,3 +155,20 @@ def test_moments_are_exactly_the_documented_steps(coordinates):
     with np.errstate(all="ignore"):
         expected = documented_moments(triangle.vertices, triangle.area())
         assert np.array_equal(triangle.moment_of_inertia, expected, equal_nan=True)
+
+
+GARBAGE = [None, 1, "abc", [], [1, 2], [[1, 2, 3]] * 2, [[None] * 3] * 3, [["a"] * 3] * 3, np.zeros((3, 3)),
+           np.full((3, 3), np.nan), [[1e308] * 3, [-1e308] * 3, [0] * 3], (Point(0, 0),) * 3, [object()] * 3]
+
+
+@pytest.mark.filterwarnings("ignore::RuntimeWarning")
+@pytest.mark.parametrize("attribute", ["profile", "vertices"])
+def test_garbage_fields_end_in_python_exceptions(attribute):
+    for value in GARBAGE:
+        t = right_triangle()
+        setattr(t, attribute, value)
+        for use in (t.area, lambda: t.centroid, lambda: t.moment_of_inertia, lambda: repr(t)):
+            try:
+                use()
+            except Exception:
+                pass
