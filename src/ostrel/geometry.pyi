@@ -2,8 +2,11 @@
 import logging
 from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, TextIO, Tuple, TypeVar, Union
 
+import uuid
+
 import numpy as np
 
+from ._vendor import trimesh
 from .core import Color, File, ISCLOSE_ATOL, ISCLOSE_RTOL
 
 trimesh_logger: logging.Logger
@@ -36,6 +39,33 @@ class Vector:
     def dot(self, other: Vector) -> float: ...
     def cross(self, other: Vector) -> Vector: ...
 
+class Material:
+    uuid: uuid.UUID
+    color: Color
+    def __init__(
+        self,
+        name: Optional[str],
+        density: Optional[float] = None,
+        price: Optional[float] = None,
+        *,
+        threejs_type: Optional[str] = "MeshStandardMaterial",
+        threejs_roughness: float = 0.7,
+        threejs_metalness: float = 0.8,
+        threejs_opacity: float = 1.0,
+        color: Color = ...,
+    ) -> None: ...
+    @property
+    def name(self) -> Optional[str]: ...
+    @property
+    def density(self) -> Optional[float]: ...
+    @density.setter
+    def density(self, value: float) -> None: ...
+    @property
+    def price(self) -> Optional[float]: ...
+    @price.setter
+    def price(self, value: float) -> None: ...
+    def _to_trimesh(self) -> trimesh.visual.TextureVisuals: ...
+
 class Point:
     def __init__(self, x: float, y: float, z: float = 0.0) -> None: ...
     def __getitem__(self, index: int) -> float: ...
@@ -55,6 +85,16 @@ class Point:
     def get_local_coordinates(
         self, local_origin: Union[Tuple[float, float, float], Point], spherical: bool = False
     ) -> np.ndarray: ...
+
+class Triangle:
+    profile: List[Point]
+    vertices: List[List[float]]
+    def __init__(self, point1: Point, point2: Point, point3: Point) -> None: ...
+    def area(self) -> float: ...
+    @property
+    def centroid(self) -> Tuple[float, float, float]: ...
+    @property
+    def moment_of_inertia(self) -> Tuple[float, float]: ...
 
 def spherical_to_cartesian(spherical_coordinates: Tuple[float, float, float]) -> np.ndarray: ...
 def cartesian_to_spherical(cartesian_coordinates: Tuple[float, float, float]) -> np.ndarray: ...

@@ -7,9 +7,11 @@ namespace ostrel {
 void define_visualisation_error();
 void define_vector();
 void define_gltf();
+void define_material();
 void define_transformable_object();
 void define_group();
 void define_point();
+void define_triangle();
 void define_coordinate_conversions();
 void define_coplanarity();
 void define_point_forms();

@@ -38,11 +38,12 @@ void define_all() {
   define_visualisation_error();
   define_vector();
   define_gltf();
-  // Material
+  define_material();
   define_transformable_object();
   define_group();
   define_point();
-  // Line; the thirteen line functions; Revolve, LineRevolve, Arc, ArcRevolve, Triangle,
+  // Line; the thirteen line functions; Revolve, LineRevolve, Arc, ArcRevolve
+  define_triangle();
   // CartesianAxes, RDWGSConverter
   define_coordinate_conversions();
   // Extrusion, ArcExtrusion, CircularExtrusion, RectangularExtrusion, SquareBeam
