@@ -256,12 +256,6 @@ def main():
     parser.add_argument("--repeat", type=int, default=5)
     args = parser.parse_args()
 
-    geometry_overlap = getattr(geometry, "find_overlap", None)
-    if geometry_overlap is None:
-        print("note: ostrel.geometry has no find_overlap yet; the plain one stands in, so Line.find_overlap\n"
-              "      takes its step-by-step path")
-        geometry.find_overlap = find_overlap
-
     rows = []
     for name, (a, b) in INTERSECTIONS.items():
         native = (geometry.Line(*a), geometry.Line(*b))
@@ -282,8 +276,6 @@ def main():
     print(f"{'case':62} {'ostrel':>10} {'plain':>10} {'ratio':>7}")
     for name, native, plain in rows:
         print(f"{name:62} {native * 1e6:8.2f}us {plain * 1e6:8.2f}us {plain / native:6.1f}x")
-    if geometry_overlap is None:
-        del geometry.find_overlap
 
 
 if __name__ == "__main__":

@@ -184,9 +184,8 @@ def test_tolerance_forms(monkeypatch, name, value, call, expected):
 def crossing_segments(draw):
     """Two segments through one point, each reaching beyond it on both sides."""
     x, y = draw(st.floats(-100, 100)), draw(st.floats(-100, 100))
-    angles = draw(st.lists(st.floats(0, math.pi), min_size=2, max_size=2, unique=True))
-    if abs(angles[0] - angles[1]) < 0.01:
-        angles[1] = angles[0] + 0.5
+    first = draw(st.floats(0, math.pi))
+    angles = (first, first + draw(st.floats(0.05, math.pi - 0.05)))  # never parallel
     lengths = draw(st.lists(st.floats(0.1, 10), min_size=4, max_size=4))
     lines = []
     for angle, (before, after) in zip(angles, (lengths[:2], lengths[2:])):

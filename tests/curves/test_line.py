@@ -151,7 +151,7 @@ def segment(*points):
     (((2**20, 0), (2**20 + 2**-10, 1)), ((2**20, 0), (2**20 + 2**-3, 128)), True, None),  # vertical by tolerance
 ])
 @both_ways
-def test_find_overlap(interval_overlap, cls, first, second, inclusive, expected):
+def test_find_overlap(cls, first, second, inclusive, expected):
     result = cls(*first).find_overlap(cls(*second), inclusive=inclusive)
     if expected is None:
         assert result is None
@@ -166,14 +166,15 @@ def test_find_overlap(interval_overlap, cls, first, second, inclusive, expected)
     (((1, 0), (1, 2)), ((1.2, 0), (1.2, 2)), None),  # x of verticals: abs_tol=ISCLOSE_ATOL alone
 ])
 @both_ways
-def test_find_overlap_tolerance_forms(interval_overlap, monkeypatch, cls, first, second, expected):
+def test_find_overlap_tolerance_forms(monkeypatch, cls, first, second, expected):
     monkeypatch.setattr(geometry, "ISCLOSE_RTOL", 0.5)
     result = cls(*first).find_overlap(cls(*second))
     assert (result if result is None else segment(*result)) == expected
 
 
-def test_find_overlap_calls_the_module_interval_function(interval_overlap, monkeypatch):
+def test_find_overlap_calls_the_module_interval_function(monkeypatch):
     calls = []
+    interval_overlap = geometry.find_overlap
 
     def recording(a, b, inclusive=False):
         calls.append((a, b, inclusive))
@@ -198,7 +199,7 @@ class Reversing(Line):
         return overlap[1], overlap[0]
 
 
-def test_find_overlap_honours_overrides(interval_overlap):
+def test_find_overlap_honours_overrides():
     assert Line((0, 0), (2, 2)).find_overlap(Line((0, 1), (1, 3))) is None
     overlap = Leaning((0, 0), (2, 2)).find_overlap(Leaning((0, 1), (1, 3)))  # start x equal, y overlapping
     assert segment(*overlap) == ((0, 1, 0), (0, 2, 0))
@@ -234,7 +235,7 @@ def collinear_pair(draw):
 
 
 @given(collinear_pair(), st.booleans())
-def test_overlap_runs_along_self_within_both(interval_overlap, pair, inclusive):
+def test_overlap_runs_along_self_within_both(pair, inclusive):
     line, other, direction, ends = pair
     overlap = line.find_overlap(other, inclusive)
     if overlap is None:

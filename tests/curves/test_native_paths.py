@@ -84,7 +84,7 @@ tolerances = st.tuples(st.sampled_from([1e-9, 0.01, 0.3]), st.sampled_from([1e-9
 
 @settings(max_examples=400, deadline=None)
 @given(point, point, point, point, point, coordinate, inclusive, tolerances)
-def test_native_and_documented_steps_agree(interval_overlap, a, b, c, d, p, value, include, tolerance):
+def test_native_and_documented_steps_agree(a, b, c, d, p, value, include, tolerance):
     with pytest.MonkeyPatch.context() as patch:
         patch.setattr(geometry, "ISCLOSE_RTOL", tolerance[0])
         patch.setattr(geometry, "ISCLOSE_ATOL", tolerance[1])
@@ -117,7 +117,7 @@ WRONG = [None, "text", 5, (1, 2, 3, 4), (1,), [], math.nan, object(), Point(1, 2
          Line((0, 0), (1, 1)), ((0, 0, 0), (0, 0, 0))]
 
 
-def test_wrong_arguments_raise_python_exceptions(interval_overlap):
+def test_wrong_arguments_raise_python_exceptions():
     line = Line((0, 0), (1, 1))
     for name in dir(Line):
         member = getattr(line, name)

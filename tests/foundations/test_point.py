@@ -105,3 +105,20 @@ def test_unhashable_deep_copyable_subclassable():
     p.tag = [1]
     q = copy.deepcopy(p)
     assert type(q) is MyPoint and q == p and q.tag == [1] and q.tag is not p.tag
+
+
+def test_arrays_go_through_a_patched_np(monkeypatch):
+    from ostrel import geometry
+
+    class Spy:
+        def __init__(self):
+            self.calls = []
+
+        def array(self, values, dtype=None):
+            self.calls.append((values, dtype))
+            return np.array(values, dtype=dtype)
+
+    spy = Spy()
+    monkeypatch.setattr(geometry, "np", spy)
+    assert Point(1, 2, 3).coordinates.tolist() == [1.0, 2.0, 3.0]
+    assert spy.calls == [([1.0, 2.0, 3.0], float)]

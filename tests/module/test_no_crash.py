@@ -41,11 +41,13 @@ def calls(function):
                 pass
 
 
+@pytest.mark.filterwarnings("ignore::RuntimeWarning")
 @pytest.mark.parametrize("name, function", list(module_callables()))
 def test_module_callables(name, function):
     calls(function)
 
 
+@pytest.mark.filterwarnings("ignore::RuntimeWarning")
 @pytest.mark.parametrize("instance", [geometry.Point(1, 2, 3), geometry.Vector(1, 2, 3)])
 def test_methods(instance):
     for name in dir(type(instance)):

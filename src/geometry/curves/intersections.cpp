@@ -7,11 +7,11 @@
 #include "curves/line_access.hpp"
 #include "foundations/arithmetic_fault.hpp"
 #include "foundations/point_access.hpp"
-#include "foundations/vector_access.hpp"
 #include "module/class_builder.hpp"
 #include "module/definitions.hpp"
 #include "module/globals.hpp"
 #include "module/objects.hpp"
+#include "module/own_globals.hpp"
 #include "module/star_call.hpp"
 
 namespace ostrel {

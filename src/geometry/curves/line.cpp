@@ -7,12 +7,12 @@
 #include "foundations/arithmetic_fault.hpp"
 #include "foundations/point_access.hpp"
 #include "foundations/tolerance.hpp"
-#include "foundations/vector_access.hpp"
 #include "module/class_builder.hpp"
 #include "module/definitions.hpp"
 #include "module/globals.hpp"
 #include "module/lazy_iterator.hpp"
 #include "module/objects.hpp"
+#include "module/own_globals.hpp"
 #include "module/star_call.hpp"
 
 namespace ostrel {
@@ -106,11 +106,14 @@ Ref direction(const Args& a) {
 Ref collinear(const Args& a) {
   PyObject *self = a.self(), *point = a[1];
   if (point_class_native() && vector_class_native()) {
+    // base.vector_to(p) is called on one of the line's own points.
     const auto p = read_point_like(point);
-    const auto s = p ? read_line(self) : std::nullopt;
-    const auto t = s ? current_tolerances() : std::nullopt;
+    HeldLine held;
+    const bool read = p && hold_line_xy(self, held) && read_z(held) && holds_only_fields(held.start.get(), 3) &&
+                      holds_only_fields(held.end.get(), 3);
+    const auto t = read ? current_tolerances() : std::nullopt;
     if (t) try {
-        return boolean(ostrel::collinear(*s, *p, t->module));
+        return boolean(ostrel::collinear(held.segment, *p, t->module));
       } catch (const ArithmeticFault& fault) {
         raise_host_error(fault);
       }
@@ -351,7 +354,7 @@ Ref find_overlap(const Args& a) {
 }  // namespace
 
 void define_line() {
-  ClassBuilder("Line", {},
+  Ref cls = ClassBuilder("Line", {},
                "A straight segment from start_point to end_point, two points that do not coincide.\n"
                "A line is directed: a line and its reverse are not equal.")
       .method("__init__", "(start_point: Point-like, end_point: Point-like)", init,
@@ -388,6 +391,7 @@ void define_line() {
       .method("_check_overlap_sign_y", "(overlap: Tuple[float, float]) -> Tuple[float, float]", check_overlap_sign<"y">,
               "The y pair of an overlap, turned to run along this line.")
       .build();
+  line_class().set(cls.get());
 }
 
 }  // namespace ostrel

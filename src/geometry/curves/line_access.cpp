@@ -3,15 +3,18 @@
 #include <limits>
 
 #include "foundations/point_access.hpp"
+#include "foundations/vector.hpp"
 #include "module/globals.hpp"
 #include "module/objects.hpp"
+#include "module/own_globals.hpp"
 
 namespace ostrel {
 
 namespace {
 
+ClassGuard guard;
 OwnGlobals line_global{"Line"};
-OwnClass line_class_object("Line");
+OwnGlobals vector_global{"Vector"};
 
 std::optional<double> tolerance_value(PyObject* name) {
   PyObject* value = PyDict_GetItemWithError(module_dict(), name);
@@ -37,13 +40,24 @@ std::optional<double> tolerance_value(PyObject* name) {
 
 }  // namespace
 
-OwnClass& line_class() { return line_class_object; }
+ClassGuard& line_class() { return guard; }
+
+bool holds_only_fields(PyObject* o, Py_ssize_t n) {
+  Ref dict = Ref::steal(PyObject_GenericGetDict(o, nullptr));
+  if (!dict) PyErr_Clear();
+  return dict && PyDict_GET_SIZE(dict.get()) == n;
+}
 
 bool hold_line_xy(PyObject* line, HeldLine& held) {
-  if (!line_class_object.admits(line)) return false;
-  held.start = Ref::steal(PyObject_GetAttr(line, id<"_start_point">()));
-  if (held.start) held.end = Ref::steal(PyObject_GetAttr(line, id<"_end_point">()));
-  if (!held.end) {
+  if (!guard.admits(line)) return false;
+  Ref dict = Ref::steal(PyObject_GenericGetDict(line, nullptr));
+  if (!dict || PyDict_GET_SIZE(dict.get()) != 2) {
+    PyErr_Clear();
+    return false;
+  }
+  held.start = Ref::borrow(PyDict_GetItemWithError(dict.get(), id<"_start_point">()));
+  held.end = Ref::borrow(PyDict_GetItemWithError(dict.get(), id<"_end_point">()));
+  if (!held.start || !held.end) {
     PyErr_Clear();
     return false;
   }
@@ -67,20 +81,14 @@ std::optional<Segment> read_line_xy(PyObject* line) {
   return held.segment;
 }
 
-bool line_class_native() {
-  return line_class_object.get() && line_global.hold() && line_class_object.admits(line_class_object.type()) &&
-         point_class_native();
-}
+bool line_class_native() { return line_global.hold() && guard.intact() && point_class_native(); }
+
+bool vector_class_native() { return vector_global.hold() && vector_class().intact(); }
 
 Ref make_line(const Segment& s) {
-  PyTypeObject* type = line_class_object.type();
-  Ref no_arguments = check(PyTuple_New(0));
-  Ref line = check(PyBaseObject_Type.tp_new(type, no_arguments.get(), nullptr));
-  Ref start = make_point(s.start);
-  Ref end = make_point(s.end);
-  setattr(line.get(), id<"_start_point">(), start.get());
-  setattr(line.get(), id<"_end_point">(), end.get());
-  return line;
+  Ref start = make_point(s.start.x, s.start.y, s.start.z);
+  Ref end = make_point(s.end.x, s.end.y, s.end.z);
+  return new_instance(guard, {{id<"_start_point">(), start.get()}, {id<"_end_point">(), end.get()}});
 }
 
 std::optional<Tolerances> current_tolerances() {

@@ -1,30 +1,12 @@
 #include "curves/line_kernel.hpp"
 
 #include <limits>
-#include <utility>
+
+#include "foundations/overlap.hpp"
 
 namespace ostrel {
 
 namespace {
-
-struct Interval {
-  double start, end;
-};
-
-// The module's find_overlap of two closed intervals, each given in either order: the
-// common part, ascending, or nothing. Ends close by plain math.isclose touch, which
-// counts as overlapping only when inclusive. As max and min do, a tie keeps `a`.
-std::optional<Interval> interval_overlap(Interval a, Interval b, bool inclusive) {
-  if (a.start > a.end) std::swap(a.start, a.end);
-  if (b.start > b.end) std::swap(b.start, b.end);
-  const bool touch = isclose(a.start, b.end, plain_tolerance) || isclose(b.start, a.end, plain_tolerance);
-  if (inclusive) {
-    if (!touch && (a.start > b.end || b.start > a.end)) return std::nullopt;
-  } else if (touch || a.start >= b.end || b.start >= a.end) {
-    return std::nullopt;
-  }
-  return Interval{b.start > a.start ? b.start : a.start, b.end < a.end ? b.end : a.end};
-}
 
 // Line._check_overlap_sign_x and _y: the ascending pair turned round when exactly one
 // of it and the segment runs towards larger values. Zero counts as not positive.
@@ -38,6 +20,11 @@ Overlap overlap_of(Interval x, Interval y, Tolerance module) {
   const Vec3 start{x.start, y.start, 0.0}, end{x.end, y.end, 0.0};
   if (coincide(start, end, module)) return {Overlap::Kind::point, start, start};
   return {Overlap::Kind::line, start, end};
+}
+
+// The interval overlap of the two segments' coordinates along one axis.
+std::optional<Interval> shared(double Vec3::*axis, const Segment& a, const Segment& b, bool inclusive) {
+  return find_overlap(Interval{a.start.*axis, a.end.*axis}, Interval{b.start.*axis, b.end.*axis}, inclusive);
 }
 
 }  // namespace
@@ -61,7 +48,7 @@ Overlap find_overlap(const Segment& self, const Segment& other, bool inclusive, 
   if (self_vertical && other_vertical) {
     if (!isclose(self.start.x, other.start.x, t.abs)) return nothing;
     const double x = self.start.x;
-    auto y = interval_overlap({self.start.y, self.end.y}, {other.start.y, other.end.y}, inclusive);
+    const auto y = shared(&Vec3::y, self, other, inclusive);
     if (!y) return nothing;
     return overlap_of({x, x}, along(*y, self.end.y - self.start.y), t.module);
   }
@@ -69,10 +56,9 @@ Overlap find_overlap(const Segment& self, const Segment& other, bool inclusive, 
 
   const LineFunction mine = line_function(self), theirs = line_function(other);
   if (!isclose(mine.a, theirs.a, t.module) || !isclose(mine.b, theirs.b, t.module)) return nothing;
-  const auto x = interval_overlap({self.start.x, self.end.x}, {other.start.x, other.end.x}, inclusive);
-  const auto y = isclose(mine.a, 0.0, t.module)
-                     ? std::optional<Interval>{{mine.b, mine.b}}
-                     : interval_overlap({self.start.y, self.end.y}, {other.start.y, other.end.y}, inclusive);
+  const auto x = shared(&Vec3::x, self, other, inclusive);
+  const auto y = isclose(mine.a, 0.0, t.module) ? std::optional<Interval>{{mine.b, mine.b}}
+                                                : shared(&Vec3::y, self, other, inclusive);
   if (!x || !y) return nothing;
   return overlap_of(along(*x, self.end.x - self.start.x), along(*y, self.end.y - self.start.y), t.module);
 }

@@ -9,12 +9,11 @@
 
 namespace ostrel {
 
-// np.array([items...], dtype=float)
-inline Ref float_array(std::initializer_list<PyObject*> items) {
-  Ref values = list(items);
-  Ref array = getattr(global<"np">().get(), id<"array">());
-  Ref kwnames = tuple({id<"dtype">()});
-  return call(array.get(), {values.get(), reinterpret_cast<PyObject*>(&PyFloat_Type)}, kwnames.get());
-}
+// Imports NumPy's C API; once, at module initialisation, after numpy was imported.
+void import_numpy_api();
+
+// np.array([items...], dtype=float). Built directly through NumPy's C API when the
+// items are floats and `np` is still the numpy the module imported.
+Ref float_array(std::initializer_list<PyObject*> items);
 
 }  // namespace ostrel

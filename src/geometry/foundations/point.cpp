@@ -1,23 +1,42 @@
 // Point: an immutable position in 3D space, the base of every curve, surface and solid.
 // Coordinates live in _x, _y, _z behind read-only properties; equality by tolerance is
 // the module's meaning of coinciding points.
+#include "foundations/point.hpp"
+
 #include "foundations/arrays.hpp"
 #include "foundations/indexing.hpp"
 #include "foundations/tolerance.hpp"
 #include "module/class_builder.hpp"
 #include "module/definitions.hpp"
+#include "foundations/vector.hpp"
 #include "module/lazy_iterator.hpp"
 
 namespace ostrel {
 
 namespace {
 
-Ref x_of(PyObject* o) { return getattr(o, id<"_x">()); }
-Ref y_of(PyObject* o) { return getattr(o, id<"_y">()); }
-Ref z_of(PyObject* o) { return getattr(o, id<"_z">()); }
+ClassGuard guard;
+
+Ref x_of(PyObject* o) { return field(guard, o, id<"_x">()); }
+Ref y_of(PyObject* o) { return field(guard, o, id<"_y">()); }
+Ref z_of(PyObject* o) { return field(guard, o, id<"_z">()); }
+
+// Fast path: the coordinates of an instance of exactly the module's Point, all floats.
+bool floats_of(PyObject* o, double* out) {
+  return read_floats(guard, o, {id<"_x">(), id<"_y">(), id<"_z">()}, out);
+}
+
+Ref new_point(double x, double y, double z) {
+  Ref fx = new_float(x), fy = new_float(y), fz = new_float(z);
+  return new_instance(guard, {{id<"_x">(), fx.get()}, {id<"_y">(), fy.get()}, {id<"_z">(), fz.get()}});
+}
 
 Ref init(const Args& a) {
   Ref x = new_float(a.num(1)), y = new_float(a.num(2)), z = new_float(a.num(3));
+  if (guard.admits(a.self())) {
+    store_fields(a.self(), {{id<"_x">(), x.get()}, {id<"_y">(), y.get()}, {id<"_z">(), z.get()}});
+    return none();
+  }
   setattr(a.self(), id<"_x">(), x.get());
   setattr(a.self(), id<"_y">(), y.get());
   setattr(a.self(), id<"_z">(), z.get());
@@ -40,9 +59,16 @@ Ref iter(const Args& a) { return make_lazy_iterator(a.self(), start_iteration); 
 Ref eq(const Args& a) {
   PyObject* other = a[1];
   if (!isinstance(other, global<"Point">().get())) return Ref::borrow(Py_NotImplemented);
+  double mine[3], theirs[3];
+  if (floats_of(a.self(), mine) && floats_of(other, theirs)) {
+    const Tolerance t = module_tolerance();
+    return boolean(isclose(mine[0], theirs[0], t) && isclose(mine[1], theirs[1], t) && isclose(mine[2], theirs[2], t));
+  }
+  Tolerance t{};
+  bool read_tolerance = false;
   for (Ref (*read)(PyObject*) : {x_of, y_of, z_of}) {
     Ref mine = read(a.self()), theirs = read(other);
-    const Tolerance t = module_tolerance();
+    if (!read_tolerance) t = module_tolerance(), read_tolerance = true;
     if (!isclose(as_double(mine.get()), as_double(theirs.get()), t)) return boolean(false);
   }
   return boolean(true);
@@ -69,6 +95,7 @@ Ref coordinates(const Args& a) {
 }
 
 Ref copy(const Args& a) {
+  if (double c[3]; floats_of(a.self(), c)) return new_point(c[0], c[1], c[2]);
   Ref x = x_of(a.self()), y = y_of(a.self()), z = z_of(a.self());
   return call(reinterpret_cast<PyObject*>(Py_TYPE(a.self())), {x.get(), y.get(), z.get()});
 }
@@ -77,6 +104,9 @@ Ref coincides_with(const Args& a) { return check(PyObject_RichCompare(a.self(), 
 
 Ref vector_to(const Args& a) {
   PyObject* point = a[1];
+  double to[3], from[3];
+  if (floats_of(point, to) && floats_of(a.self(), from))
+    return make_vector(to[0] - from[0], to[1] - from[1], to[2] - from[2]);
   Ref px = getitem(point, 0), sx = x_of(a.self());
   Ref dx = sub(px.get(), sx.get());
   Ref py = getitem(point, 1), sy = y_of(a.self());
@@ -100,8 +130,23 @@ Ref get_local_coordinates(const Args& a) {
 
 }  // namespace
 
+const ClassGuard& point_class() { return guard; }
+
+Ref make_point(double x, double y, double z) {
+  Ref cls = global<"Point">();
+  if (cls.get() == guard.cls() && guard.intact()) return new_point(x, y, z);
+  Ref fx = new_float(x), fy = new_float(y), fz = new_float(z);
+  return call(cls.get(), {fx.get(), fy.get(), fz.get()});
+}
+
+Vec3 point_coordinates(PyObject* point) {
+  if (double c[3]; floats_of(point, c)) return {c[0], c[1], c[2]};
+  Ref x = x_of(point), y = y_of(point), z = z_of(point);
+  return {as_double(x.get()), as_double(y.get()), as_double(z.get())};
+}
+
 void define_point() {
-  ClassBuilder("Point", {},
+  Ref cls = ClassBuilder("Point", {},
                "A point made from coordinates X, Y and Z; it forms the basis of many structural 2D\n"
                "and 3D objects. Point(1, 2) makes a 2D point, with z equal to 0.")
       .method("__init__", "(x: float, y: float, z: float = 0.0)", init, "Make a point; z defaults to 0.0.")
@@ -122,6 +167,7 @@ void define_point() {
               get_local_coordinates,
               "Coordinates relative to local_origin: cartesian, or (r, theta, phi) when spherical is true.")
       .build();
+  guard.set(cls.get());
 }
 
 }  // namespace ostrel

@@ -1,25 +1,20 @@
 #include "foundations/point_access.hpp"
 
-#include "module/objects.hpp"
+#include "module/own_globals.hpp"
 
 namespace ostrel {
 
 namespace {
 
 OwnGlobals point_global{"Point"};
-OwnClass point_class_object("Point");
 
-// Reads the float that an attribute of `o` holds into `out`; false when there is none.
-bool float_attribute(PyObject* o, PyObject* name, double& out) {
-  PyObject* value = PyObject_GetAttr(o, name);
-  if (!value) {
+bool floats(PyObject* point, std::initializer_list<PyObject*> names, double* out) {
+  try {
+    return read_floats(point_class(), point, names, out);
+  } catch (const PyError&) {
     PyErr_Clear();
     return false;
   }
-  const bool is_float = PyFloat_CheckExact(value);
-  if (is_float) out = PyFloat_AS_DOUBLE(value);
-  Py_DECREF(value);
-  return is_float;
 }
 
 // An item that the float conversion of Point.__init__ takes without running code of
@@ -40,18 +35,21 @@ std::optional<double> plain_number(PyObject* o) {
 
 }  // namespace
 
-OwnClass& point_class() { return point_class_object; }
+bool point_class_native() { return point_global.hold() && point_class().intact(); }
 
 bool read_point_xy(PyObject* point, Vec3& p) {
-  return point_class_object.admits(point) && float_attribute(point, id<"_x">(), p.x) &&
-         float_attribute(point, id<"_y">(), p.y);
+  double xy[2];
+  if (!floats(point, {id<"_x">(), id<"_y">()}, xy)) return false;
+  p.x = xy[0];
+  p.y = xy[1];
+  return true;
 }
 
-bool read_point_z(PyObject* point, Vec3& p) { return float_attribute(point, id<"_z">(), p.z); }
+bool read_point_z(PyObject* point, Vec3& p) { return floats(point, {id<"_z">()}, &p.z); }
 
 std::optional<Vec3> read_point(PyObject* point) {
-  Vec3 p;
-  if (read_point_xy(point, p) && read_point_z(point, p)) return p;
+  double c[3];
+  if (floats(point, {id<"_x">(), id<"_y">(), id<"_z">()}, c)) return Vec3{c[0], c[1], c[2]};
   return std::nullopt;
 }
 
@@ -67,24 +65,6 @@ std::optional<Vec3> read_point_like(PyObject* point) {
     c[i] = *v;
   }
   return Vec3{c[0], c[1], c[2]};
-}
-
-bool point_class_native() {
-  OwnClass& cls = point_class();
-  return cls.get() && point_global.hold() && cls.admits(cls.type());
-}
-
-Ref make_point(Vec3 p) {
-  PyTypeObject* type = point_class().type();
-  Ref no_arguments = check(PyTuple_New(0));
-  Ref point = check(PyBaseObject_Type.tp_new(type, no_arguments.get(), nullptr));
-  Ref x = new_float(p.x);
-  setattr(point.get(), id<"_x">(), x.get());
-  Ref y = new_float(p.y);
-  setattr(point.get(), id<"_y">(), y.get());
-  Ref z = new_float(p.z);
-  setattr(point.get(), id<"_z">(), z.get());
-  return point;
 }
 
 }  // namespace ostrel

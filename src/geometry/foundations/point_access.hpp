@@ -1,20 +1,19 @@
-// Native access to Point objects for the kernels' faces: coordinates read once, and
-// new points made without the round trip through the constructor's argument rules.
-// Each is used only where it gives what the documented Python steps would give.
+// Reading points for the faces of the kernels, beside foundations/point.hpp: the
+// coordinates of the module's own points, and of the sequences that `Point(*p)` takes,
+// read natively where that gives what the host would give. Each reader gives nothing,
+// and leaves no exception set, where the host must do the work step by step.
 #pragma once
 
 #include <optional>
 
-#include "foundations/vec3.hpp"
-#include "module/pristine.hpp"
+#include "foundations/point.hpp"
 
 namespace ostrel {
 
-// The Point class as the module defined it.
-OwnClass& point_class();
+// Whether `Point(...)` still makes a point of the module's own, unchanged class.
+bool point_class_native();
 
-// The coordinates of a point whose class behaves as the module's Point and whose _x,
-// _y and _z are floats. Nothing otherwise, and no exception is left set.
+// The coordinates of an instance of the module's unchanged Point, all exact floats.
 std::optional<Vec3> read_point(PyObject* point);
 
 // The same in two steps, for callers that may not need z: x and y (z left as it was),
@@ -23,13 +22,9 @@ bool read_point_xy(PyObject* point, Vec3& p);
 bool read_point_z(PyObject* point, Vec3& p);
 
 // The coordinates that `Point(*point)` would give: for a point as above, or for a tuple
-// or list of two or three floats or ints. Nothing where the host must do the work.
+// or list of two or three floats or ints.
 std::optional<Vec3> read_point_like(PyObject* point);
 
-// Whether `Point(...)` still makes a point of the module's own, unchanged class.
-bool point_class_native();
-
-// A new Point at `p`; only while point_class_native().
-Ref make_point(Vec3 p);
+inline Ref make_point(Vec3 p) { return make_point(p.x, p.y, p.z); }
 
 }  // namespace ostrel

@@ -2,6 +2,8 @@
 // reads the attributes afresh (nothing is cached) and reads `other` by attribute
 // only, so any object with x, y and z serves; new vectors are made through
 // self.__class__ so that subclasses survive arithmetic.
+#include "foundations/vector.hpp"
+
 #include "foundations/indexing.hpp"
 #include "foundations/tolerance.hpp"
 #include "module/class_builder.hpp"
@@ -14,16 +16,39 @@ namespace ostrel {
 
 namespace {
 
-PyObject* cls_of(PyObject* self) { return reinterpret_cast<PyObject*>(Py_TYPE(self)); }
+ClassGuard guard;
 
-Ref make_like(PyObject* self, PyObject* x, PyObject* y, PyObject* z) { return call(cls_of(self), {x, y, z}); }
+Ref x_of(PyObject* o) { return field(guard, o, id<"x">()); }
+Ref y_of(PyObject* o) { return field(guard, o, id<"y">()); }
+Ref z_of(PyObject* o) { return field(guard, o, id<"z">()); }
 
-Ref x_of(PyObject* o) { return getattr(o, id<"x">()); }
-Ref y_of(PyObject* o) { return getattr(o, id<"y">()); }
-Ref z_of(PyObject* o) { return getattr(o, id<"z">()); }
+// A float object of `o`'s value, as the constructor stores it.
+Ref as_float(PyObject* o) { return PyFloat_CheckExact(o) ? Ref::borrow(o) : new_float(as_double(o)); }
+
+// self.__class__(x, y, z); made directly when that is the module's own Vector.
+Ref make_like(PyObject* self, PyObject* x, PyObject* y, PyObject* z) {
+  if (!guard.admits(self)) return call(reinterpret_cast<PyObject*>(Py_TYPE(self)), {x, y, z});
+  Ref fx = as_float(x), fy = as_float(y), fz = as_float(z);
+  return new_instance(guard, {{id<"x">(), fx.get()}, {id<"y">(), fy.get()}, {id<"z">(), fz.get()}});
+}
+
+// Fast path: the coordinates of an instance of exactly the module's Vector, all floats.
+bool floats_of(PyObject* o, double* out) { return read_floats(guard, o, {id<"x">(), id<"y">(), id<"z">()}, out); }
+
+Ref new_vector(double x, double y, double z) {
+  Ref fx = new_float(x), fy = new_float(y), fz = new_float(z);
+  return new_instance(guard, {{id<"x">(), fx.get()}, {id<"y">(), fy.get()}, {id<"z">(), fz.get()}});
+}
+
+double plus(double a, double b) { return a + b; }
+double minus(double a, double b) { return a - b; }
 
 Ref init(const Args& a) {
   Ref x = new_float(a.num(1)), y = new_float(a.num(2)), z = new_float(a.num(3));
+  if (guard.admits(a.self())) {
+    store_fields(a.self(), {{id<"x">(), x.get()}, {id<"y">(), y.get()}, {id<"z">(), z.get()}});
+    return none();
+  }
   setattr(a.self(), id<"x">(), x.get());
   setattr(a.self(), id<"y">(), y.get());
   setattr(a.self(), id<"z">(), z.get());
@@ -46,9 +71,16 @@ Ref iter(const Args& a) { return make_lazy_iterator(a.self(), start_iteration); 
 Ref eq(const Args& a) {
   PyObject* other = a[1];
   if (!isinstance(other, global<"Vector">().get())) return Ref::borrow(Py_NotImplemented);
+  double mine[3], theirs[3];
+  if (floats_of(a.self(), mine) && floats_of(other, theirs)) {
+    const Tolerance t = module_tolerance();
+    return boolean(isclose(mine[0], theirs[0], t) && isclose(mine[1], theirs[1], t) && isclose(mine[2], theirs[2], t));
+  }
+  Tolerance t{};
+  bool read_tolerance = false;
   for (Ref (*read)(PyObject*) : {x_of, y_of, z_of}) {
     Ref mine = read(a.self()), theirs = read(other);
-    const Tolerance t = module_tolerance();
+    if (!read_tolerance) t = module_tolerance(), read_tolerance = true;
     if (!isclose(as_double(mine.get()), as_double(theirs.get()), t)) return boolean(false);
   }
   return boolean(true);
@@ -60,6 +92,7 @@ Ref repr(const Args& a) {
 }
 
 Ref negative(const Args& a) {
+  if (double c[3]; floats_of(a.self(), c)) return new_vector(-c[0], -c[1], -c[2]);
   Ref x = x_of(a.self());
   Ref nx = neg(x.get());
   Ref y = y_of(a.self());
@@ -70,9 +103,12 @@ Ref negative(const Args& a) {
 }
 
 // self.c <op> other.c for each coordinate, read and computed in the order written.
-template <Ref (*op)(PyObject*, PyObject*)>
+template <Ref (*op)(PyObject*, PyObject*), double (*op_double)(double, double)>
 Ref componentwise(const Args& a) {
   PyObject *self = a.self(), *other = a[1];
+  double s[3], o[3];
+  if (floats_of(self, s) && floats_of(other, o))
+    return new_vector(op_double(s[0], o[0]), op_double(s[1], o[1]), op_double(s[2], o[2]));
   Ref sx = x_of(self), ox = x_of(other);
   Ref x = op(sx.get(), ox.get());
   Ref sy = y_of(self), oy = y_of(other);
@@ -83,6 +119,8 @@ Ref componentwise(const Args& a) {
 }
 
 Ref multiply(const Args& a) {
+  const double f = a.num(1);
+  if (double c[3]; floats_of(a.self(), c)) return new_vector(c[0] * f, c[1] * f, c[2] * f);
   Ref factor = new_float(a.num(1));
   Ref sx = x_of(a.self());
   Ref x = mul(sx.get(), factor.get());
@@ -94,11 +132,17 @@ Ref multiply(const Args& a) {
 }
 
 Ref rmultiply(const Args& a) {
+  if (guard.admits(a.self())) return multiply(a);  // __mul__ is still the module's own
   Ref factor = new_float(a.num(1));
   return call_method(a.self(), id<"__mul__">(), {factor.get()});
 }
 
+double squared_magnitude_of(const double* c) {
+  return float_pow(c[0], 2.0) + float_pow(c[1], 2.0) + float_pow(c[2], 2.0);
+}
+
 Ref squared_magnitude(const Args& a) {
+  if (double c[3]; floats_of(a.self(), c)) return new_float(squared_magnitude_of(c));
   Ref x = x_of(a.self());
   Ref x2 = square(x.get());
   Ref y = y_of(a.self());
@@ -110,6 +154,7 @@ Ref squared_magnitude(const Args& a) {
 }
 
 Ref magnitude(const Args& a) {
+  if (double c[3]; floats_of(a.self(), c)) return new_float(math_sqrt(squared_magnitude_of(c)));
   Ref squared = getattr(a.self(), id<"squared_magnitude">());
   return new_float(math_sqrt(as_double(squared.get())));
 }
@@ -120,6 +165,14 @@ Ref coordinates(const Args& a) {
 }
 
 Ref normalize(const Args& a) {
+  if (double c[3]; floats_of(a.self(), c)) {
+    const double magnitude = math_sqrt(squared_magnitude_of(c));
+    if (magnitude == 0.0) {
+      PyErr_SetString(PyExc_ZeroDivisionError, "float division by zero");
+      raise_from(PyExc_ValueError, "Null vector can't be normalized");
+    }
+    return new_vector(c[0] / magnitude, c[1] / magnitude, c[2] / magnitude);
+  }
   Ref magnitude = getattr(a.self(), id<"magnitude">());
   try {
     Ref x = x_of(a.self());
@@ -137,6 +190,8 @@ Ref normalize(const Args& a) {
 
 Ref dot(const Args& a) {
   PyObject *self = a.self(), *other = a[1];
+  double s[3], o[3];
+  if (floats_of(self, s) && floats_of(other, o)) return new_float(s[0] * o[0] + s[1] * o[1] + s[2] * o[2]);
   Ref sx = x_of(self), ox = x_of(other);
   Ref xx = mul(sx.get(), ox.get());
   Ref sy = y_of(self), oy = y_of(other);
@@ -159,6 +214,9 @@ Ref difference_of_products(PyObject* first, Ref (*p)(PyObject*), PyObject* secon
 
 Ref cross(const Args& a) {
   PyObject *self = a.self(), *other = a[1];
+  double s[3], o[3];
+  if (floats_of(self, s) && floats_of(other, o))
+    return new_vector(s[1] * o[2] - s[2] * o[1], s[2] * o[0] - s[0] * o[2], s[0] * o[1] - s[1] * o[0]);
   Ref x = difference_of_products(self, y_of, other, z_of, z_of, y_of);
   Ref y = difference_of_products(self, z_of, other, x_of, x_of, z_of);
   Ref z = difference_of_products(self, x_of, other, y_of, y_of, x_of);
@@ -167,8 +225,23 @@ Ref cross(const Args& a) {
 
 }  // namespace
 
+const ClassGuard& vector_class() { return guard; }
+
+Ref make_vector(double x, double y, double z) {
+  Ref cls = global<"Vector">();
+  if (cls.get() == guard.cls() && guard.intact()) return new_vector(x, y, z);
+  Ref fx = new_float(x), fy = new_float(y), fz = new_float(z);
+  return call(cls.get(), {fx.get(), fy.get(), fz.get()});
+}
+
+Vec3 vector_coordinates(PyObject* vector) {
+  if (double c[3]; floats_of(vector, c)) return {c[0], c[1], c[2]};
+  Ref x = x_of(vector), y = y_of(vector), z = z_of(vector);
+  return {as_double(x.get()), as_double(y.get()), as_double(z.get())};
+}
+
 void define_vector() {
-  ClassBuilder("Vector", {},
+  Ref cls = ClassBuilder("Vector", {},
                "A free vector in 3D space with public, writable coordinates x, y and z.\n\n"
                "Supports negation (-v), addition (v + w), subtraction (v - w), multiplication\n"
                "and reverse multiplication by a number (v * 2, 2 * v), the dot product v.dot(w)\n"
@@ -180,8 +253,8 @@ void define_vector() {
       .method("__eq__", "(other: object) -> bool", eq, "Equal by tolerance to another Vector.")
       .method("__repr__", "() -> str", repr, "Vector(x, y, z).")
       .method("__neg__", "() -> Vector", negative, "The opposite vector.")
-      .method("__add__", "(other: Vector) -> Vector", componentwise<add>, "Sum of two vectors.")
-      .method("__sub__", "(other: Vector) -> Vector", componentwise<sub>, "Difference of two vectors.")
+      .method("__add__", "(other: Vector) -> Vector", componentwise<add, plus>, "Sum of two vectors.")
+      .method("__sub__", "(other: Vector) -> Vector", componentwise<sub, minus>, "Difference of two vectors.")
       .method("__mul__", "(other: float) -> Vector", multiply, "The vector scaled by a number.")
       .method("__rmul__", "(other: float) -> Vector", rmultiply, "The vector scaled by a number.")
       .property("squared_magnitude", "() -> float", squared_magnitude, "x**2 + y**2 + z**2.")
@@ -192,6 +265,7 @@ void define_vector() {
       .method("dot", "(other: Vector) -> float", dot, "Dot product with another vector.")
       .method("cross", "(other: Vector) -> Vector", cross, "Cross product with another vector.")
       .build();
+  guard.set(cls.get());
 }
 
 }  // namespace ostrel

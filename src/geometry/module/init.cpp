@@ -1,10 +1,11 @@
 // The entry point PyInit_geometry and the one initialisation of the module.
+#include "foundations/arrays.hpp"
 #include "module/definitions.hpp"
 #include "module/function.hpp"
 #include "module/globals.hpp"
 #include "module/lazy_iterator.hpp"
 #include "module/objects.hpp"
-#include "module/pristine.hpp"
+#include "module/own_globals.hpp"
 
 namespace ostrel {
 
@@ -37,16 +38,33 @@ T = TypeVar('T')
 void define_all() {
   define_visualisation_error();
   define_vector();
-  // _GLTF, Material, TransformableObject, Group
+  define_gltf();
+  define_material();
+  define_transformable_object();
+  define_group();
   define_point();
   define_line();
   define_line_intersections();
-  // Revolve, LineRevolve, Arc, ArcRevolve, Triangle,
+  // Revolve, LineRevolve, Arc, ArcRevolve
+  define_triangle();
   // CartesianAxes, RDWGSConverter
   define_coordinate_conversions();
-  // Extrusions; points_are_coplanar .. find_overlap; patterns, Polygon, Polyline, Cone,
-  // Sphere, Torus, TriangleAssembly; _current_next; geographic classes, _Mesh; the OBJ
-  // and MTL readers and _MeshAssembly
+  // Extrusion, ArcExtrusion, CircularExtrusion, RectangularExtrusion, SquareBeam
+  define_coplanarity();    // points_are_coplanar, lines_in_same_plane
+  define_point_forms();    // calculate_distance_vector, convert_points_for_lathe
+  define_matrices();       // translation, scaling, rotation and reflection matrices
+  define_unit_vector();
+  define_mirror_object();
+  define_closed_forms();   // volume_cone, surface_cone_without_base, surface_area_dome
+  define_colour_text();    // hex_to_rgb, rgb_to_hex
+  define_orientation();    // circumference_is_clockwise
+  define_add_point();
+  // get_vertices_faces
+  define_find_overlap();
+  define_patterns();
+  // Polygon, Polyline, Cone, Sphere, Torus, TriangleAssembly
+  define_current_next();
+  // geographic classes, _Mesh; the OBJ and MTL readers and _MeshAssembly
 }
 
 int exec_geometry(PyObject* module) {
@@ -66,8 +84,9 @@ int exec_geometry(PyObject* module) {
     ready_function_type();
     ready_lazy_iterator_type();
     check(PyRun_String(prologue, Py_file_input, dict, dict));
+    import_numpy_api();
     define_all();
-    capture_own_state();
+    capture_own_globals();
     Ref test = check(PyDict_New());
     set_global("__test__", test.get());
   } catch (const PyError&) {

@@ -66,6 +66,22 @@ double math_cos(double x) { return math_1(x, [](double v) { return std::cos(v); 
 double math_acos(double x) { return math_1(x, [](double v) { return std::acos(v); }); }
 double math_atan2(double y, double x) { return std::atan2(y, x); }
 
+Ref call_kw(PyObject* callable, std::initializer_list<PyObject*> positional,
+            std::initializer_list<std::pair<PyObject*, PyObject*>> keywords) {
+  PyObject* stack[16];
+  const size_t n = positional.size(), k = keywords.size();
+  if (n + k > 16) raise(PyExc_SystemError, "too many arguments");
+  std::copy(positional.begin(), positional.end(), stack);
+  Ref names = check(PyTuple_New(static_cast<Py_ssize_t>(k)));
+  size_t i = 0;
+  for (auto [name, value] : keywords) {
+    Py_INCREF(name);
+    PyTuple_SET_ITEM(names.get(), static_cast<Py_ssize_t>(i), name);
+    stack[n + i++] = value;
+  }
+  return check(PyObject_Vectorcall(callable, stack, n, k ? names.get() : nullptr));
+}
+
 void unpack(PyObject* o, Py_ssize_t n, Ref* out) {
   Ref it = Ref::steal(PyObject_GetIter(o));
   if (!it) {

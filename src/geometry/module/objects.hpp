@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <initializer_list>
+#include <utility>
 
 #include "module/ref.hpp"
 
@@ -36,6 +37,16 @@ inline Ref call(PyObject* callable, std::initializer_list<PyObject*> args,
   Py_ssize_t n = static_cast<Py_ssize_t>(args.size());
   if (kwnames) n -= PyTuple_GET_SIZE(kwnames);
   return check(PyObject_Vectorcall(callable, args.begin(), static_cast<size_t>(n), kwnames));
+}
+
+// callable(*positional, name=value, ...), the keywords in the order given.
+Ref call_kw(PyObject* callable, std::initializer_list<PyObject*> positional,
+            std::initializer_list<std::pair<PyObject*, PyObject*>> keywords);
+
+// super(cls, self), for calling the next class's methods as `super()` does in a method
+// defined in `cls`.
+inline Ref super_of(PyObject* cls, PyObject* self) {
+  return check(PyObject_CallFunctionObjArgs(reinterpret_cast<PyObject*>(&PySuper_Type), cls, self, nullptr));
 }
 
 inline Ref call_method(PyObject* self, PyObject* name, std::initializer_list<PyObject*> args) {

@@ -1,0 +1,136 @@
+// _GLTF: scene objects to one binary glTF file. Every leaf geometry and every nested
+// scene hangs under the base frame by its own matrix, named at random so that scenes
+// merge without collisions, and carries the object's kind in its node extras.
+#include "exchange/gltf.hpp"
+
+#include "module/class_builder.hpp"
+#include "module/definitions.hpp"
+#include "module/globals.hpp"
+#include "module/objects.hpp"
+
+namespace ostrel {
+
+Ref random_hex() {
+  Ref uuid4 = getattr(global<"uuid">().get(), id<"uuid4">());
+  Ref value = call(uuid4.get(), {});
+  return getattr(value.get(), id<"hex">());
+}
+
+Ref node_extras(PyObject* name) {
+  Ref extras = check(PyDict_New());
+  check(PyDict_SetItemString(extras.get(), "ostrel-name", name));
+  return extras;
+}
+
+PyObject* node_data_keyword() {
+  static PyObject* keyword = nullptr;
+  if (!keyword) {
+    Ref vendor = check(PyImport_ImportModule("ostrel._vendor"));
+    PyObject* value = getattr(vendor.get(), id<"NODE_DATA_KEYWORD">()).release();
+    PyUnicode_InternInPlace(&value);
+    keyword = value;
+  }
+  return keyword;
+}
+
+Ref new_scene() {
+  Ref scene_class = getattr(global<"trimesh">().get(), id<"Scene">());
+  Ref base_frame = random_hex();
+  return call_kw(scene_class.get(), {}, {{id<"base_frame">(), base_frame.get()}});
+}
+
+Ref add_to_scene(PyObject* scene, PyObject* geometry, PyObject* transform, PyObject* name) {
+  Ref add = getattr(global<"_GLTF">().get(), id<"add_geometry_to_scene">());
+  return call_kw(add.get(), {scene, geometry}, {{id<"transform">(), transform}, {id<"name">(), name}});
+}
+
+namespace {
+
+Ref add_geometry_to_scene(const Args& a) {
+  PyObject *scene = a[0], *geometry = a[1], *name = a[2], *transform = a[3];
+  Ref scene_class = getattr(global<"trimesh">().get(), id<"Scene">());
+  if (isinstance(geometry, scene_class.get())) {
+    Ref scene_geometry = getattr(scene, id<"geometry">());
+    Ref nested_geometry = getattr(geometry, id<"geometry">());
+    call_method(scene_geometry.get(), id<"update">(), {nested_geometry.get()});
+    Ref graph = getattr(scene, id<"graph">());
+    Ref nested_graph = getattr(geometry, id<"graph">());
+    Ref edges = call_method(nested_graph.get(), id<"to_edgelist">(), {});
+    call_method(graph.get(), id<"from_edgelist">(), {edges.get()});
+    Ref n = getattr(nested_graph.get(), id<"base_frame">());
+    Ref update = getattr(graph.get(), id<"update">());
+    Ref extras = node_extras(name);
+    call_kw(update.get(), {},
+            {{id<"frame_to">(), n.get()}, {id<"matrix">(), transform}, {node_data_keyword(), extras.get()}});
+    return n;
+  }
+  Ref n = random_hex();
+  Ref add = getattr(scene, id<"add_geometry">());
+  Ref extras = node_extras(name);
+  call_kw(add.get(), {geometry},
+          {{id<"node_name">(), n.get()},
+           {id<"geom_name">(), n.get()},
+           {id<"transform">(), transform},
+           {node_data_keyword(), extras.get()}});
+  return n;
+}
+
+// `with file.open_binary() as w: w.write(content)`, with the context manager protocol's
+// handling of an exception raised inside the block.
+void write_binary(PyObject* file, PyObject* content) {
+  Ref manager = call_method(file, id<"open_binary">(), {});
+  Ref exit = getattr(reinterpret_cast<PyObject*>(Py_TYPE(manager.get())), id<"__exit__">());
+  Ref stream = call_method(manager.get(), id<"__enter__">(), {});
+  try {
+    call_method(stream.get(), id<"write">(), {content});
+  } catch (const PyError&) {
+    PyObject *type, *value, *traceback;
+    PyErr_Fetch(&type, &value, &traceback);
+    PyErr_NormalizeException(&type, &value, &traceback);
+    Ref t = Ref::steal(type), v = Ref::steal(value), tb = Ref::steal(traceback);
+    Ref suppressed = call(exit.get(), {manager.get(), t.get(), v.get(), tb ? tb.get() : Py_None});
+    if (truth(suppressed.get())) return;
+    PyErr_Restore(t.release(), v.release(), tb.release());
+    throw;
+  }
+  call(exit.get(), {manager.get(), Py_None, Py_None, Py_None});
+}
+
+Ref to_gltf(const Args& a) {
+  PyObject *cls = a[0], *objects = a[1];
+  Ref logger = global<"trimesh_logger">();
+  setattr(logger.get(), id<"disabled">(), Py_True);
+  Ref scene = new_scene();
+  Ref add = getattr(cls, id<"add_geometry_to_scene">());
+  for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(objects); ++i) {
+    PyObject* o = PyTuple_GET_ITEM(objects, i);
+    Ref geometry = call_method(o, id<"_to_trimesh">(), {});
+    Ref transform = getattr(o, id<"_transformation">());
+    Ref name = getattr(o, id<"_name">());
+    call_kw(add.get(), {scene.get(), geometry.get()}, {{id<"transform">(), transform.get()}, {id<"name">(), name.get()}});
+  }
+  Ref file = call(global<"File">().get(), {});
+  Ref exchange = getattr(global<"trimesh">().get(), id<"exchange">());
+  Ref gltf = getattr(exchange.get(), id<"gltf">());
+  Ref content = call_method(gltf.get(), id<"export_glb">(), {scene.get()});
+  write_binary(file.get(), content.get());
+  setattr(logger.get(), id<"disabled">(), Py_False);
+  return file;
+}
+
+}  // namespace
+
+void define_gltf() {
+  ClassBuilder("_GLTF", {}, "Export of scene objects as one binary glTF (GLB) file.")
+      .static_method("add_geometry_to_scene",
+                     "(scene: trimesh.Scene, geometry: trimesh.parent.Geometry3D, *, name: str, "
+                     "transform: np.ndarray = None) -> str",
+                     add_geometry_to_scene,
+                     "Put a geometry or a nested scene below the base frame of `scene`, marked with `name` in "
+                     "its node extras; return the name of the new node.")
+      .class_method("to_gltf", "(*objects: TransformableObject) -> File", to_gltf,
+                    "Export the objects as one GLB file, held in a new File.")
+      .build();
+}
+
+}  // namespace ostrel

@@ -1,0 +1,46 @@
+// _current_next: the pairs (first, second), (second, third), ... of an iterable. Like
+// a generator, it reads nothing before the first next(): iter(), tee and the step
+// ahead all happen then.
+#include "foundations/current_next.hpp"
+
+#include "module/class_builder.hpp"
+#include "module/definitions.hpp"
+#include "module/globals.hpp"
+#include "module/lazy_iterator.hpp"
+#include "module/objects.hpp"
+
+namespace ostrel {
+
+namespace {
+
+// Kept for the life of the process, so that identity with it stays meaningful after
+// a caller has replaced the global.
+PyObject* own_function = nullptr;
+
+// iter(lst); a, b = tee(lst, 2); next(b, None); zip(a, b)
+Ref start_pairs(PyObject* lst) {
+  Ref items = check(PyObject_GetIter(lst));
+  Ref tee = global<"tee">();
+  Ref two = new_int(2);
+  Ref copies = call(tee.get(), {items.get(), two.get()});
+  Ref ab[2];
+  unpack(copies.get(), 2, ab);
+  Ref skipped = Ref::steal(PyIter_Next(ab[1].get()));  // an empty input ends here silently
+  if (!skipped && PyErr_Occurred()) throw PyError{};
+  Ref zip = call(reinterpret_cast<PyObject*>(&PyZip_Type), {ab[0].get(), ab[1].get()});
+  return check(PyObject_GetIter(zip.get()));
+}
+
+Ref current_next(const Args& a) { return make_lazy_iterator(a[0], start_pairs); }
+
+}  // namespace
+
+bool is_own_current_next(PyObject* f) { return f == own_function; }
+
+void define_current_next() {
+  own_function = define_function("_current_next", "(lst: List[T]) -> Iterator[Tuple[T, T]]", current_next,
+                                 "The pairs of neighbours of `lst`, lazily: n items give n - 1 pairs.")
+                     .release();
+}
+
+}  // namespace ostrel

@@ -1,0 +1,74 @@
+#include "module/own_globals.hpp"
+
+#include "module/globals.hpp"
+
+namespace ostrel {
+
+namespace {
+
+// Function-local, so that static objects of any source file can register themselves.
+std::vector<OwnGlobals*>& registry() {
+  static std::vector<OwnGlobals*> r;
+  return r;
+}
+
+#if PY_VERSION_HEX >= 0x030C0000
+unsigned long long generation = 1;
+
+int count_change(PyDict_WatchEvent, PyObject*, PyObject*, PyObject*) {
+  ++generation;
+  return 0;
+}
+#endif
+
+}  // namespace
+
+unsigned long long globals_generation() {
+#if PY_VERSION_HEX >= 0x030C0000
+  return generation;
+#else
+  // The host gives a dict a new, process-wide unique tag on every change.
+  return reinterpret_cast<PyDictObject*>(module_dict())->ma_version_tag + 1;
+#endif
+}
+
+OwnGlobals::OwnGlobals(std::initializer_list<const char*> names) : names_(names) { registry().push_back(this); }
+
+void OwnGlobals::capture(PyObject* dict) {
+  complete_ = true;
+  for (const char* name : names_) {
+    // Both references are kept for the life of the process.
+    PyObject* key = check(PyUnicode_InternFromString(name)).release();
+    PyObject* value = PyDict_GetItemWithError(dict, key);
+    if (!value) {
+      if (PyErr_Occurred()) throw PyError{};
+      complete_ = false;
+    }
+    Py_XINCREF(value);
+    entries_.emplace_back(key, value);
+  }
+}
+
+bool OwnGlobals::hold() const {
+  if (!complete_) return false;
+  const unsigned long long now = globals_generation();
+  if (now == checked_generation_) return true;
+  PyObject* dict = module_dict();
+  for (const auto& [key, value] : entries_) {
+    // An interned str key: the lookup cannot fail.
+    if (PyDict_GetItemWithError(dict, key) != value) return false;
+  }
+  checked_generation_ = now;
+  return true;
+}
+
+void capture_own_globals() {
+  PyObject* dict = module_dict();
+#if PY_VERSION_HEX >= 0x030C0000
+  const int watcher = check(PyDict_AddWatcher(count_change));
+  check(PyDict_Watch(watcher, dict));
+#endif
+  for (OwnGlobals* g : registry()) g->capture(dict);
+}
+
+}  // namespace ostrel
