@@ -11,7 +11,7 @@ import pickle
 import timeit
 
 import pytest
-from hypothesis import given, settings, strategies as st
+from hypothesis import example, given, settings, strategies as st
 
 from ostrel import geometry
 from ostrel.geometry import Line, Point, Vector
@@ -84,6 +84,8 @@ tolerances = st.tuples(st.sampled_from([1e-9, 0.01, 0.3]), st.sampled_from([1e-9
 
 @settings(max_examples=400, deadline=None)
 @given(point, point, point, point, point, coordinate, inclusive, tolerances)
+# The first of two failing steps raises: here a null vector before an overflow.
+@example((0, 1.2865483692247625e-292, 0), (0, 1e200, 0), (0, 0, 0), (0, 0, 1), (0, 0, 0), 0, True, (1e-9, 0.0))
 def test_native_and_documented_steps_agree(a, b, c, d, p, value, include, tolerance):
     with pytest.MonkeyPatch.context() as patch:
         patch.setattr(geometry, "ISCLOSE_RTOL", tolerance[0])

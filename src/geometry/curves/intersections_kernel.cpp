@@ -87,7 +87,10 @@ OnSegment point_on_bounded_line(Vec3 point, const Segment& line, Tolerance modul
   if (coincide(point, line.start, module) || coincide(point, line.end, module)) return OnSegment::at_end;
   const Vec3 v = vector_between(line.start, point);
   const Vec3 direction = vector_between(line.start, line.end);
-  if (!coincide(normalize(v), normalize(direction), module)) return OnSegment::outside;
+  // In this order: each may raise, and the first to raise is the one the caller sees.
+  const Vec3 unit = normalize(v);
+  const Vec3 unit_direction = normalize(direction);
+  if (!coincide(unit, unit_direction, module)) return OnSegment::outside;
   return magnitude(v) < magnitude(direction) ? OnSegment::within : OnSegment::outside;
 }
 
