@@ -15,7 +15,6 @@
 #include "module/class_builder.hpp"
 #include "module/definitions.hpp"
 #include "module/globals.hpp"
-#include "module/instance.hpp"
 #include "module/objects.hpp"
 #include "surfaces/triangle.hpp"
 #include "surfaces/vertex_merge.hpp"
@@ -24,7 +23,8 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard guard;
+// The class as built, for super() in __init__.
+PyObject* assembly_class = nullptr;
 
 Ref init(const Args& a) {
   PyObject *self = a.self(), *material = a[2];
@@ -37,7 +37,7 @@ Ref init(const Args& a) {
     setattr(self, id<"material">(), default_material.get());
   }
   setattr(self, id<"_skip_duplicate_vertices_check">(), a[3]);
-  Ref parent = super_of(guard.cls(), self);
+  Ref parent = super_of(assembly_class, self);
   call_method(parent.get(), id<"__init__">(), {});
   return none();
 }
@@ -67,22 +67,30 @@ bool read_profile(PyObject* triangle, std::vector<Vec3>& out) {
   return true;
 }
 
+// Reading `_triangles` and the flag of `self` runs no Python code: its class looks
+// attributes up generically and defines neither name, so both come from the instance.
+bool plain_fields(PyObject* self) {
+  PyTypeObject* type = Py_TYPE(self);
+  return type->tp_getattro == PyObject_GenericGetAttr && !_PyType_Lookup(type, id<"_triangles">()) &&
+         !_PyType_Lookup(type, id<"_skip_duplicate_vertices_check">());
+}
+
 // Everything the scan reads, where reading it runs no Python code and every comparison
-// would be the module's own Point.__eq__ on floats: an unchanged assembly holding a list
-// or tuple of unchanged Triangles, a bool flag, and unchanged Points (Point.__eq__ also
-// tests against the global `Point`, so that must be the class too). A failed read is
-// cleared: the scan on the objects raises it in its own order.
+// would be the module's own Point.__eq__ on floats: a list or tuple of unchanged
+// Triangles, a bool flag, and unchanged Points (Point.__eq__ also tests against the
+// global `Point`, so that must be the class too). A failed read is cleared: the scan on
+// the objects raises it in its own order.
 std::optional<Corners> read_corners(PyObject* self) {
-  if (!guard.admits(self)) return std::nullopt;
+  if (!plain_fields(self)) return std::nullopt;
   Corners corners;
   try {
     Ref point_global = global<"Point">();
     if (point_global.get() != point_class().cls() || !point_class().intact()) return std::nullopt;
-    Ref triangles = field(guard, self, id<"_triangles">());
+    Ref triangles = getattr(self, id<"_triangles">());
     if (!exact_sequence(triangles.get())) return std::nullopt;
     // With no triangles the flag is never read.
     if (PySequence_Fast_GET_SIZE(triangles.get()) == 0) return Corners{{}, false};
-    Ref skip = field(guard, self, id<"_skip_duplicate_vertices_check">());
+    Ref skip = getattr(self, id<"_skip_duplicate_vertices_check">());
     if (!PyBool_Check(skip.get())) return std::nullopt;
     corners.skip_check = skip.get() == Py_True;
     corners.points.reserve(3 * static_cast<std::size_t>(PySequence_Fast_GET_SIZE(triangles.get())));
@@ -109,6 +117,28 @@ Ref float_list(const Vec3& p) {
   return list({x.get(), y.get(), z.get()});
 }
 
+// Holds the cycle collector off while the result lists are made. They hold numbers
+// only, and the collections that so many new lists would set off pass over everything
+// the process holds, at a cost far above that of making them.
+class CollectorPause {
+ public:
+  CollectorPause() {
+#if PY_VERSION_HEX >= 0x030A0000
+    was_enabled_ = PyGC_Disable();
+#endif
+  }
+  ~CollectorPause() {
+#if PY_VERSION_HEX >= 0x030A0000
+    if (was_enabled_) PyGC_Enable();
+#endif
+  }
+  CollectorPause(const CollectorPause&) = delete;
+  CollectorPause& operator=(const CollectorPause&) = delete;
+
+ private:
+  int was_enabled_ = 0;
+};
+
 Ref native_vertices_and_faces(const Corners& corners) {
   const std::size_t triangle_count = corners.points.size() / 3;
   vertex_merge::IndexedMesh mesh;
@@ -119,6 +149,7 @@ Ref native_vertices_and_faces(const Corners& corners) {
     const Tolerance tolerance = triangle_count >= 2 ? module_tolerance() : Tolerance{};
     mesh = vertex_merge::merge(corners.points, tolerance);
   }
+  CollectorPause pause;
   Ref vertices = check(PyList_New(static_cast<Py_ssize_t>(mesh.sources.size())));
   for (std::size_t v = 0; v < mesh.sources.size(); ++v)
     PyList_SET_ITEM(vertices.get(), static_cast<Py_ssize_t>(v), float_list(corners.points[mesh.sources[v]]).release());
@@ -246,7 +277,7 @@ void define_triangle_assembly() {
                 .method("_to_trimesh", "() -> trimesh.Trimesh", to_trimesh,
                         "A new unprocessed trimesh mesh of the triangles, with the material's visual.")
                 .build();
-  guard.set(cls.get());
+  assembly_class = cls.release();
 }
 
 }  // namespace ostrel
