@@ -75,10 +75,16 @@ bool plain_fields(PyObject* self) {
          !_PyType_Lookup(type, id<"_skip_duplicate_vertices_check">());
 }
 
+// The module tolerances are plain numbers, which every comparison would read alike.
+bool plain_tolerances() {
+  auto plain = [](const Ref& t) { return PyFloat_CheckExact(t.get()) || PyLong_CheckExact(t.get()); };
+  return plain(global<"ISCLOSE_RTOL">()) && plain(global<"ISCLOSE_ATOL">());
+}
+
 // Everything the scan reads, where reading it runs no Python code and every comparison
 // would be the module's own Point.__eq__ on floats: a list or tuple of unchanged
-// Triangles, a bool flag, and unchanged Points (Point.__eq__ also tests against the
-// global `Point`, so that must be the class too). A failed read is cleared: the scan on
+// Triangles, a bool flag, plain tolerances and unchanged Points (Point.__eq__ also
+// tests against the global `Point`, so that must be the class too). A failed read is cleared: the scan on
 // the objects raises it in its own order.
 std::optional<Corners> read_corners(PyObject* self) {
   if (!plain_fields(self)) return std::nullopt;
@@ -93,6 +99,7 @@ std::optional<Corners> read_corners(PyObject* self) {
     Ref skip = getattr(self, id<"_skip_duplicate_vertices_check">());
     if (!PyBool_Check(skip.get())) return std::nullopt;
     corners.skip_check = skip.get() == Py_True;
+    if (!corners.skip_check && !plain_tolerances()) return std::nullopt;
     corners.points.reserve(3 * static_cast<std::size_t>(PySequence_Fast_GET_SIZE(triangles.get())));
     for (Py_ssize_t t = 0; t < PySequence_Fast_GET_SIZE(triangles.get()); ++t) {
       Ref triangle = Ref::borrow(PySequence_Fast_GET_ITEM(triangles.get(), t));
