@@ -12,7 +12,7 @@ from ostrel.core import Color
 from ostrel.geometry import Material, Point, TransformableObject, Triangle, TriangleAssembly, get_vertices_faces
 
 
-def documented_scan(triangles, skip=False):
+def documented_scan(triangles):
     """The vertex merging step by step as documented, with Point equality written out."""
 
     def equal(a, b):
@@ -21,32 +21,25 @@ def documented_scan(triangles, skip=False):
         return all(math.isclose(a[i], b[i], rel_tol=geometry.ISCLOSE_RTOL, abs_tol=geometry.ISCLOSE_ATOL)
                    for i in range(3))
 
-    faces = []
+    faces, unique_points = [], [None] * len(triangles) * 3
     vertex_index = 0
-    unique_points = [None] * len(triangles) * 3
     for triangle in triangles:
-        p1, p2, p3 = triangle.profile
-        p1_index = p2_index = p3_index = None
-        if not skip:
-            for index, point in enumerate(unique_points):
-                if point is None:
-                    break
-                if equal(point, p1):
-                    p1_index = index
-                elif equal(point, p2):
-                    p2_index = index
-                elif equal(point, p3):
-                    p3_index = index
-        if p1_index is None:
-            p1_index, unique_points[vertex_index] = vertex_index, p1
-            vertex_index += 1
-        if p2_index is None:
-            p2_index, unique_points[vertex_index] = vertex_index, p2
-            vertex_index += 1
-        if p3_index is None:
-            p3_index, unique_points[vertex_index] = vertex_index, p3
-            vertex_index += 1
-        faces.append([p1_index, p2_index, p3_index])
+        corners = p1, p2, p3 = triangle.profile
+        index = [None, None, None]
+        for slot, point in enumerate(unique_points):
+            if point is None:
+                break
+            if equal(point, p1):
+                index[0] = slot
+            elif equal(point, p2):
+                index[1] = slot
+            elif equal(point, p3):
+                index[2] = slot
+        for k in range(3):
+            if index[k] is None:
+                index[k], unique_points[vertex_index] = vertex_index, corners[k]
+                vertex_index += 1
+        faces.append(index)
     vertices = [[float(p.x), float(p.y), float(p.z)] for p in unique_points if p is not None]
     return vertices, faces
 
