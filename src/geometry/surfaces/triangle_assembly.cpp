@@ -175,11 +175,8 @@ bool equal(PyObject* stored, PyObject* point) {
 
 // unique_points[index] = point, numbering a new vertex.
 Py_ssize_t store(PyObject* unique_points, Py_ssize_t& vertex_index, PyObject* point) {
-  const Py_ssize_t index = vertex_index;
-  Ref item = Ref::borrow(point);
-  check(PySequence_SetItem(unique_points, index, item.get()));
-  ++vertex_index;
-  return index;
+  check(PySequence_SetItem(unique_points, vertex_index, point));
+  return vertex_index++;
 }
 
 Ref scanned_vertices_and_faces(PyObject* self) {
