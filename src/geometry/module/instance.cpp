@@ -13,11 +13,47 @@ PyObject* instance_dict(PyObject* o) {
 
 }  // namespace
 
+// A lookup through the type gives it a version tag if it has none yet.
+unsigned int current_tag(PyTypeObject* type) {
+  Ref init = getattr(reinterpret_cast<PyObject*>(type), id<"__init__">());
+  return type->tp_version_tag;
+}
+
 void ClassGuard::set(PyObject* cls) {
   type_ = reinterpret_cast<PyTypeObject*>(cls);
-  // A lookup through the type gives it a version tag if it has none yet.
-  Ref init = getattr(cls, id<"__init__">());
-  tag_ = (type_->tp_flags & Py_TPFLAGS_VALID_VERSION_TAG) ? type_->tp_version_tag : 0;
+  mro_ = new_ref(type_->tp_mro);
+  namespaces_ = check(PyList_New(0)).release();
+  for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(type_->tp_mro); ++i) {
+    PyTypeObject* base = reinterpret_cast<PyTypeObject*>(PyTuple_GET_ITEM(type_->tp_mro, i));
+    Ref copy = (base->tp_flags & Py_TPFLAGS_HEAPTYPE) ? check(PyDict_Copy(base->tp_dict)) : none();
+    check(PyList_Append(namespaces_, copy.get()));
+  }
+  tag_ = current_tag(type_);
+}
+
+bool ClassGuard::revalidate() const {
+  if (!type_ || (type_->tp_version_tag != 0 && type_->tp_version_tag == rejected_tag_)) return false;
+  PyObject* mro = type_->tp_mro;
+  bool same = PyTuple_GET_SIZE(mro) == PyTuple_GET_SIZE(mro_);
+  for (Py_ssize_t i = 0; same && i < PyTuple_GET_SIZE(mro); ++i) {
+    same = PyTuple_GET_ITEM(mro, i) == PyTuple_GET_ITEM(mro_, i);
+    PyObject* saved = PyList_GET_ITEM(namespaces_, i);
+    if (!same || saved == Py_None) continue;
+    PyObject* now = reinterpret_cast<PyTypeObject*>(PyTuple_GET_ITEM(mro, i))->tp_dict;
+    same = PyDict_Size(now) == PyDict_Size(saved);
+    Py_ssize_t position = 0;
+    PyObject *key, *value;
+    while (same && PyDict_Next(saved, &position, &key, &value)) same = PyDict_GetItem(now, key) == value;
+  }
+  try {
+    const unsigned int tag = current_tag(type_);
+    if (same) tag_ = tag;
+    else rejected_tag_ = tag;
+  } catch (const PyError&) {
+    PyErr_Clear();
+    return false;
+  }
+  return same && tag_ != 0;
 }
 
 Ref field(const ClassGuard& guard, PyObject* o, PyObject* name) {

@@ -1,10 +1,11 @@
-// Fast paths for instances of the module's own classes. A guard remembers a class and
-// its version tag; the interpreter gives a class a new tag whenever it or a base
-// changes (a patched method, a new property, a __setattr__), so while the tag holds,
-// the class is exactly as the module built it: its instances keep their fields in the
-// instance dict and its __init__ is the module's own. The fast paths read and write
-// that dict directly; for subclasses and changed classes they step aside for the
-// generic protocol.
+// Fast paths for instances of the module's own classes. A guard remembers a class, the
+// contents of its namespace and of its bases', and its version tag; the interpreter
+// gives a class a new tag whenever it or a base changes (a patched method, a new
+// property, a __setattr__). While the class is as the module built it, its instances
+// keep their fields in the instance dict and its methods are the module's own, so the
+// fast paths read and write that dict directly; for subclasses and changed classes they
+// step aside for the generic protocol. A class patched and restored again (as a test's
+// monkeypatch does) is recognised as intact once more.
 #pragma once
 
 #include <initializer_list>
@@ -18,17 +19,23 @@ class ClassGuard {
  public:
   // Called once, right after the class is built.
   void set(PyObject* cls);
-  // The class as built, unchanged since.
-  bool intact() const {
-    return tag_ != 0 && type_->tp_version_tag == tag_ && (type_->tp_flags & Py_TPFLAGS_VALID_VERSION_TAG);
-  }
+  // The class as built. A modified class loses its tag (0 is never valid) and gets a
+  // fresh one at its next lookup; only then are the namespaces compared again.
+  bool intact() const { return (tag_ != 0 && type_->tp_version_tag == tag_) || revalidate(); }
   // `o` is an instance of exactly that class, and the class is intact.
   bool admits(PyObject* o) const { return Py_TYPE(o) == type_ && intact(); }
   PyObject* cls() const { return reinterpret_cast<PyObject*>(type_); }
 
  private:
+  bool revalidate() const;
+
   PyTypeObject* type_ = nullptr;
-  unsigned int tag_ = 0;
+  mutable unsigned int tag_ = 0;
+  mutable unsigned int rejected_tag_ = 0;  // a tag already found to mean a changed class
+  // Held for the life of the process (guards are static, and must not release
+  // references after the interpreter has gone).
+  PyObject* mro_ = nullptr;         // the method resolution order as built
+  PyObject* namespaces_ = nullptr;  // a copy of the namespace of each class of mro_ that has one
 };
 
 // Reads attribute `name` of `o`: straight from the instance dict when `guard` admits
