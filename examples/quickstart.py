@@ -1,10 +1,20 @@
-"""A first look at ostrel.geometry: points, vectors and coordinate conversions."""
+"""A first look at ostrel.geometry: points, vectors, conversions, and a small scene written
+as a binary glTF file (quickstart.glb) that any glTF viewer opens."""
 import math
+import sys
 
-from ostrel.geometry import Point, Vector, cartesian_to_spherical, spherical_to_cartesian
+from ostrel.geometry import (Group, LinearPattern, Material, Point, Triangle, TriangleAssembly, Vector,
+                             _GLTF, cartesian_to_spherical, spherical_to_cartesian)
+from ostrel.core import Color
 
 
-def main():
+def square_tile(size, material):
+    """A flat square of two triangles, as a mesh object."""
+    a, b, c, d = Point(0, 0), Point(size, 0), Point(size, size), Point(0, size)
+    return TriangleAssembly([Triangle(a, b, c), Triangle(a, c, d)], material=material)
+
+
+def main(path="quickstart.glb"):
     a = Point(1, 2)          # z defaults to 0
     b = Point(4, 6, 0)
     v = a.vector_to(b)       # the Vector from a to b
@@ -22,6 +32,15 @@ def main():
           f"phi={math.degrees(phi):.1f} deg")
     print("and back:", spherical_to_cartesian((r, theta, phi)))
 
+    # A scene: a row of five blue tiles, one metre apart, and a red tile standing upright.
+    blue = Material("blue", color=Color(40, 90, 200))
+    red = Material("red", color=Color(200, 50, 40))
+    row = LinearPattern(square_tile(0.8, blue), [1, 0, 0], 5, 1.0)
+    upright = square_tile(0.8, red).rotate(math.pi / 2, (1, 0, 0)).translate((0, 2, 0))
+    glb = _GLTF.to_gltf(Group([row, upright]))
+    glb.save(path)
+    print(f"wrote {path} ({len(glb.getvalue_binary())} bytes)")
+
 
 if __name__ == "__main__":
-    main()
+    main(*sys.argv[1:])

@@ -24,8 +24,10 @@ void define_closed_forms();
 void define_colour_text();
 void define_orientation();
 void define_add_point();
+void define_get_vertices_faces();
 void define_find_overlap();
 void define_patterns();
+void define_triangle_assembly();
 void define_current_next();
 
 }  // namespace ostrel

@@ -59,10 +59,11 @@ void define_all() {
   define_colour_text();    // hex_to_rgb, rgb_to_hex
   define_orientation();    // circumference_is_clockwise
   define_add_point();
-  // get_vertices_faces
+  define_get_vertices_faces();
   define_find_overlap();
   define_patterns();
-  // Polygon, Polyline, Cone, Sphere, Torus, TriangleAssembly
+  // Polygon, Polyline, Cone, Sphere, Torus
+  define_triangle_assembly();
   define_current_next();
   // geographic classes, _Mesh; the OBJ and MTL readers and _MeshAssembly
 }

@@ -10,6 +10,8 @@
 #include <cmath>
 #include <optional>
 
+#include "surfaces/triangle.hpp"
+
 #include "foundations/point.hpp"
 #include "foundations/vector.hpp"
 #include "module/class_builder.hpp"
@@ -308,6 +310,8 @@ Ref repr(const Args& a) {
 }
 
 }  // namespace
+
+const ClassGuard& triangle_class() { return guard; }
 
 void define_triangle() {
   Ref cls = ClassBuilder("Triangle", {},
