@@ -273,9 +273,9 @@ def main():
                      measure(lambda: native[0].find_overlap(native[1]), args.repeat),
                      measure(lambda: plain[0].find_overlap(plain[1]), args.repeat)))
 
-    print(f"{'case':62} {'ostrel':>10} {'plain':>10} {'ratio':>7}")
+    print(f"{'case':68} {'ostrel':>10} {'plain':>10} {'ratio':>7}")
     for name, native, plain in rows:
-        print(f"{name:62} {native * 1e6:8.2f}us {plain * 1e6:8.2f}us {plain / native:6.1f}x")
+        print(f"{name:68} {native * 1e6:8.2f}us {plain * 1e6:8.2f}us {plain / native:6.1f}x")
 
 
 if __name__ == "__main__":
