@@ -149,3 +149,18 @@ def test_cross_product_is_orthogonal(a, b, c, d, e, f):
     n = v.cross(w)
     scale = max(1.0, v.magnitude * w.magnitude) ** 2
     assert abs(n.dot(v)) <= 1e-9 * scale and abs(n.dot(w)) <= 1e-9 * scale
+
+
+# Values whose square by the C library's pow differs in the last bit from x * x: float
+# powers must go through pow, as the host computes `x ** 2`.
+POW_DIFFERS = [x for x in (1.5261283972998259, 1.1 + 2 ** -40, 3.3, 7.7, 123.456) if x ** 2 != x * x]
+
+
+@pytest.mark.parametrize("x", POW_DIFFERS)
+def test_squares_are_the_hosts(x):
+    import math
+
+    from ostrel.geometry import Line
+
+    assert Vector(x, 0, 0).squared_magnitude == x ** 2 + 0.0 ** 2 + 0.0 ** 2
+    assert Line(Point(0, 0), Point(x, 0)).length == math.sqrt(x ** 2 + 0.0 ** 2 + 0.0 ** 2)

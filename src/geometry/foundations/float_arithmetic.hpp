@@ -5,6 +5,7 @@
 
 #include <cmath>
 
+#include "foundations/library_pow.hpp"
 #include "foundations/vec3.hpp"
 
 namespace ostrel {
@@ -28,7 +29,7 @@ inline double divide(double a, double b) {
 // a ** 2 as the host computes a float power: the C library's pow, an overflow of a
 // finite base being an error.
 inline double square(double a) {
-  const double r = std::pow(std::fabs(a), 2.0);
+  const double r = library_pow(std::fabs(a), 2.0);
   if (std::isinf(r) && std::isfinite(a)) throw ArithmeticFault{ArithmeticFault::Kind::square_overflow, a};
   return r;
 }

@@ -1,5 +1,7 @@
 #include "module/objects.hpp"
 
+#include "foundations/library_pow.hpp"
+
 #include <cerrno>
 
 namespace ostrel {
@@ -49,7 +51,7 @@ double float_pow(double iv, double iw) {
   }
   if (iv == 1.0) return negate ? -1.0 : 1.0;
   errno = 0;
-  double ix = std::pow(iv, iw);
+  double ix = library_pow(iv, iw);
   if (errno == 0 && std::isinf(ix)) errno = ERANGE;
   else if (errno == ERANGE && ix == 0.0) errno = 0;  // underflow is not an error
   if (negate) ix = -ix;

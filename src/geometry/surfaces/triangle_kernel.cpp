@@ -1,6 +1,6 @@
 #include "surfaces/triangle_kernel.hpp"
 
-#include <math.h>
+#include "foundations/library_pow.hpp"
 
 #include <cmath>
 #include <initializer_list>
@@ -9,11 +9,7 @@ namespace ostrel::triangle {
 
 namespace {
 
-// A float `x ** n` is the C library's pow, for the host and NumPy alike. It is called
-// through a pointer the compiler cannot see through: it would turn pow(x, 2.0) into
-// x * x, and the library's square differs from that in the last bit now and then.
-double (*volatile const library_pow)(double, double) = ::pow;
-
+// A float `x ** n`, for the host and NumPy alike.
 double power(double x, double n) { return library_pow(x, n); }
 
 bool all_finite(std::initializer_list<double> values) {
