@@ -4,75 +4,18 @@
 #include "foundations/point.hpp"
 
 #include "foundations/arrays.hpp"
-#include "foundations/indexing.hpp"
-#include "foundations/tolerance.hpp"
+#include "foundations/coordinate_fields.hpp"
 #include "module/class_builder.hpp"
 #include "module/definitions.hpp"
 #include "foundations/vector.hpp"
-#include "module/lazy_iterator.hpp"
 
 namespace ostrel {
 
 namespace {
 
-ClassGuard guard;
-
-Ref x_of(PyObject* o) { return field(guard, o, id<"_x">()); }
-Ref y_of(PyObject* o) { return field(guard, o, id<"_y">()); }
-Ref z_of(PyObject* o) { return field(guard, o, id<"_z">()); }
-
-// Fast path: the coordinates of an instance of exactly the module's Point, all floats.
-bool floats_of(PyObject* o, double* out) {
-  return read_floats(guard, o, {id<"_x">(), id<"_y">(), id<"_z">()}, out);
-}
-
-Ref new_point(double x, double y, double z) {
-  Ref fx = new_float(x), fy = new_float(y), fz = new_float(z);
-  return new_instance(guard, {{id<"_x">(), fx.get()}, {id<"_y">(), fy.get()}, {id<"_z">(), fz.get()}});
-}
-
-Ref init(const Args& a) {
-  Ref x = new_float(a.num(1)), y = new_float(a.num(2)), z = new_float(a.num(3));
-  if (guard.admits(a.self())) {
-    store_fields(a.self(), {{id<"_x">(), x.get()}, {id<"_y">(), y.get()}, {id<"_z">(), z.get()}});
-    return none();
-  }
-  setattr(a.self(), id<"_x">(), x.get());
-  setattr(a.self(), id<"_y">(), y.get());
-  setattr(a.self(), id<"_z">(), z.get());
-  return none();
-}
-
-Ref get_coordinate(const Args& a) {
-  static PyObject* const names[] = {id<"_x">(), id<"_y">(), id<"_z">()};
-  return getattr(a.self(), names[coordinate_index(a[1])]);
-}
-
-Ref start_iteration(PyObject* self) {
-  Ref x = x_of(self), y = y_of(self), z = z_of(self);
-  Ref items = tuple({x.get(), y.get(), z.get()});
-  return check(PyObject_GetIter(items.get()));
-}
-
-Ref iter(const Args& a) { return make_lazy_iterator(a.self(), start_iteration); }
-
-Ref eq(const Args& a) {
-  PyObject* other = a[1];
-  if (!isinstance(other, global<"Point">().get())) return Ref::borrow(Py_NotImplemented);
-  double mine[3], theirs[3];
-  if (floats_of(a.self(), mine) && floats_of(other, theirs)) {
-    const Tolerance t = module_tolerance();
-    return boolean(isclose(mine[0], theirs[0], t) && isclose(mine[1], theirs[1], t) && isclose(mine[2], theirs[2], t));
-  }
-  Tolerance t{};
-  bool read_tolerance = false;
-  for (Ref (*read)(PyObject*) : {x_of, y_of, z_of}) {
-    Ref mine = read(a.self()), theirs = read(other);
-    if (!read_tolerance) t = module_tolerance(), read_tolerance = true;
-    if (!isclose(as_double(mine.get()), as_double(theirs.get()), t)) return boolean(false);
-  }
-  return boolean(true);
-}
+using F = PointFields;
+constexpr auto x_of = F::x_of, y_of = F::y_of, z_of = F::z_of;
+constexpr auto floats_of = F::floats_of;
 
 Ref repr(const Args& a) {
   Ref spec = new_str(".3e");
@@ -95,7 +38,7 @@ Ref coordinates(const Args& a) {
 }
 
 Ref copy(const Args& a) {
-  if (double c[3]; floats_of(a.self(), c)) return new_point(c[0], c[1], c[2]);
+  if (double c[3]; floats_of(a.self(), c)) return F::fresh(c[0], c[1], c[2]);
   Ref x = x_of(a.self()), y = y_of(a.self()), z = z_of(a.self());
   return call(reinterpret_cast<PyObject*>(Py_TYPE(a.self())), {x.get(), y.get(), z.get()});
 }
@@ -130,29 +73,18 @@ Ref get_local_coordinates(const Args& a) {
 
 }  // namespace
 
-const ClassGuard& point_class() { return guard; }
-
-Ref make_point(double x, double y, double z) {
-  Ref cls = global<"Point">();
-  if (cls.get() == guard.cls() && guard.intact()) return new_point(x, y, z);
-  Ref fx = new_float(x), fy = new_float(y), fz = new_float(z);
-  return call(cls.get(), {fx.get(), fy.get(), fz.get()});
-}
-
-Vec3 point_coordinates(PyObject* point) {
-  if (double c[3]; floats_of(point, c)) return {c[0], c[1], c[2]};
-  Ref x = x_of(point), y = y_of(point), z = z_of(point);
-  return {as_double(x.get()), as_double(y.get()), as_double(z.get())};
-}
+const ClassGuard& point_class() { return F::guard; }
+Ref make_point(double x, double y, double z) { return F::make(x, y, z); }
+Vec3 point_coordinates(PyObject* point) { return F::coordinates(point); }
 
 void define_point() {
   Ref cls = ClassBuilder("Point", {},
                "A point made from coordinates X, Y and Z; it forms the basis of many structural 2D\n"
                "and 3D objects. Point(1, 2) makes a 2D point, with z equal to 0.")
-      .method("__init__", "(x: float, y: float, z: float = 0.0)", init, "Make a point; z defaults to 0.0.")
-      .method("__getitem__", "(index: int) -> float", get_coordinate, "Coordinate 0, 1 or 2; negative indices do not wrap.")
-      .method("__iter__", "() -> Iterator", iter, "Iterate over x, y and z, so that a point can be unpacked.")
-      .method("__eq__", "(other: object) -> bool", eq, "Coinciding by tolerance with another Point.")
+      .method("__init__", "(x: float, y: float, z: float = 0.0)", F::init, "Make a point; z defaults to 0.0.")
+      .method("__getitem__", "(index: int) -> float", F::get_coordinate, "Coordinate 0, 1 or 2; negative indices do not wrap.")
+      .method("__iter__", "() -> Iterator", F::iter, "Iterate over x, y and z, so that a point can be unpacked.")
+      .method("__eq__", "(other: object) -> bool", F::eq, "Coinciding by tolerance with another Point.")
       .method("__repr__", "() -> str", repr, "Point(x, y, z) with each coordinate in the format .3e.")
       .property("x", "() -> float", get_x, "The first coordinate.")
       .property("y", "() -> float", get_y, "The second coordinate.")
@@ -167,7 +99,7 @@ void define_point() {
               get_local_coordinates,
               "Coordinates relative to local_origin: cartesian, or (r, theta, phi) when spherical is true.")
       .build();
-  guard.set(cls.get());
+  F::guard.set(cls.get());
 }
 
 }  // namespace ostrel

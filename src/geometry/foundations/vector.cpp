@@ -4,23 +4,20 @@
 // self.__class__ so that subclasses survive arithmetic.
 #include "foundations/vector.hpp"
 
-#include "foundations/indexing.hpp"
-#include "foundations/tolerance.hpp"
+#include "foundations/coordinate_fields.hpp"
 #include "module/class_builder.hpp"
 #include "module/definitions.hpp"
 #include "module/globals.hpp"
-#include "module/lazy_iterator.hpp"
 #include "module/objects.hpp"
 
 namespace ostrel {
 
 namespace {
 
-ClassGuard guard;
-
-Ref x_of(PyObject* o) { return field(guard, o, id<"x">()); }
-Ref y_of(PyObject* o) { return field(guard, o, id<"y">()); }
-Ref z_of(PyObject* o) { return field(guard, o, id<"z">()); }
+using F = VectorFields;
+constexpr auto x_of = F::x_of, y_of = F::y_of, z_of = F::z_of;
+constexpr auto floats_of = F::floats_of;
+const ClassGuard& guard = F::guard;
 
 // A float object of `o`'s value, as the constructor stores it.
 Ref as_float(PyObject* o) { return PyFloat_CheckExact(o) ? Ref::borrow(o) : new_float(as_double(o)); }
@@ -32,59 +29,10 @@ Ref make_like(PyObject* self, PyObject* x, PyObject* y, PyObject* z) {
   return new_instance(guard, {{id<"x">(), fx.get()}, {id<"y">(), fy.get()}, {id<"z">(), fz.get()}});
 }
 
-// Fast path: the coordinates of an instance of exactly the module's Vector, all floats.
-bool floats_of(PyObject* o, double* out) { return read_floats(guard, o, {id<"x">(), id<"y">(), id<"z">()}, out); }
-
-Ref new_vector(double x, double y, double z) {
-  Ref fx = new_float(x), fy = new_float(y), fz = new_float(z);
-  return new_instance(guard, {{id<"x">(), fx.get()}, {id<"y">(), fy.get()}, {id<"z">(), fz.get()}});
-}
+Ref new_vector(double x, double y, double z) { return F::fresh(x, y, z); }
 
 double plus(double a, double b) { return a + b; }
 double minus(double a, double b) { return a - b; }
-
-Ref init(const Args& a) {
-  Ref x = new_float(a.num(1)), y = new_float(a.num(2)), z = new_float(a.num(3));
-  if (guard.admits(a.self())) {
-    store_fields(a.self(), {{id<"x">(), x.get()}, {id<"y">(), y.get()}, {id<"z">(), z.get()}});
-    return none();
-  }
-  setattr(a.self(), id<"x">(), x.get());
-  setattr(a.self(), id<"y">(), y.get());
-  setattr(a.self(), id<"z">(), z.get());
-  return none();
-}
-
-Ref get_coordinate(const Args& a) {
-  static PyObject* const names[] = {id<"x">(), id<"y">(), id<"z">()};
-  return getattr(a.self(), names[coordinate_index(a[1])]);
-}
-
-Ref start_iteration(PyObject* self) {
-  Ref x = x_of(self), y = y_of(self), z = z_of(self);
-  Ref items = tuple({x.get(), y.get(), z.get()});
-  return check(PyObject_GetIter(items.get()));
-}
-
-Ref iter(const Args& a) { return make_lazy_iterator(a.self(), start_iteration); }
-
-Ref eq(const Args& a) {
-  PyObject* other = a[1];
-  if (!isinstance(other, global<"Vector">().get())) return Ref::borrow(Py_NotImplemented);
-  double mine[3], theirs[3];
-  if (floats_of(a.self(), mine) && floats_of(other, theirs)) {
-    const Tolerance t = module_tolerance();
-    return boolean(isclose(mine[0], theirs[0], t) && isclose(mine[1], theirs[1], t) && isclose(mine[2], theirs[2], t));
-  }
-  Tolerance t{};
-  bool read_tolerance = false;
-  for (Ref (*read)(PyObject*) : {x_of, y_of, z_of}) {
-    Ref mine = read(a.self()), theirs = read(other);
-    if (!read_tolerance) t = module_tolerance(), read_tolerance = true;
-    if (!isclose(as_double(mine.get()), as_double(theirs.get()), t)) return boolean(false);
-  }
-  return boolean(true);
-}
 
 Ref repr(const Args& a) {
   Ref x = x_of(a.self()), y = y_of(a.self()), z = z_of(a.self());
@@ -225,20 +173,9 @@ Ref cross(const Args& a) {
 
 }  // namespace
 
-const ClassGuard& vector_class() { return guard; }
-
-Ref make_vector(double x, double y, double z) {
-  Ref cls = global<"Vector">();
-  if (cls.get() == guard.cls() && guard.intact()) return new_vector(x, y, z);
-  Ref fx = new_float(x), fy = new_float(y), fz = new_float(z);
-  return call(cls.get(), {fx.get(), fy.get(), fz.get()});
-}
-
-Vec3 vector_coordinates(PyObject* vector) {
-  if (double c[3]; floats_of(vector, c)) return {c[0], c[1], c[2]};
-  Ref x = x_of(vector), y = y_of(vector), z = z_of(vector);
-  return {as_double(x.get()), as_double(y.get()), as_double(z.get())};
-}
+const ClassGuard& vector_class() { return F::guard; }
+Ref make_vector(double x, double y, double z) { return F::make(x, y, z); }
+Vec3 vector_coordinates(PyObject* vector) { return F::coordinates(vector); }
 
 void define_vector() {
   Ref cls = ClassBuilder("Vector", {},
@@ -246,11 +183,11 @@ void define_vector() {
                "Supports negation (-v), addition (v + w), subtraction (v - w), multiplication\n"
                "and reverse multiplication by a number (v * 2, 2 * v), the dot product v.dot(w)\n"
                "and the cross product v.cross(w). Equality is by tolerance.")
-      .method("__init__", "(x: float, y: float, z: float = 0.0)", init,
+      .method("__init__", "(x: float, y: float, z: float = 0.0)", F::init,
               "Make a vector from its coordinates; z defaults to 0.0.")
-      .method("__getitem__", "(index: int) -> float", get_coordinate, "Coordinate 0, 1 or 2; negative indices do not wrap.")
-      .method("__iter__", "() -> Iterator", iter, "Iterate over x, y and z.")
-      .method("__eq__", "(other: object) -> bool", eq, "Equal by tolerance to another Vector.")
+      .method("__getitem__", "(index: int) -> float", F::get_coordinate, "Coordinate 0, 1 or 2; negative indices do not wrap.")
+      .method("__iter__", "() -> Iterator", F::iter, "Iterate over x, y and z.")
+      .method("__eq__", "(other: object) -> bool", F::eq, "Equal by tolerance to another Vector.")
       .method("__repr__", "() -> str", repr, "Vector(x, y, z).")
       .method("__neg__", "() -> Vector", negative, "The opposite vector.")
       .method("__add__", "(other: Vector) -> Vector", componentwise<add, plus>, "Sum of two vectors.")
@@ -265,7 +202,7 @@ void define_vector() {
       .method("dot", "(other: Vector) -> float", dot, "Dot product with another vector.")
       .method("cross", "(other: Vector) -> Vector", cross, "Cross product with another vector.")
       .build();
-  guard.set(cls.get());
+  F::guard.set(cls.get());
 }
 
 }  // namespace ostrel
