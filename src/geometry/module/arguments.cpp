@@ -4,6 +4,8 @@
 #include "module/function.hpp"
 #include "module/objects.hpp"
 
+#include <algorithm>
+
 namespace ostrel {
 
 namespace {
@@ -35,12 +37,37 @@ PyObject* keyword_value(PyObject* name, PyObject* const* values, PyObject* kwnam
   return nullptr;
 }
 
+// The boundary conversions, in parameter order: floats first, then the str tests.
+void convert(const Signature& sig, PyObject* const* objects, double* numbers) {
+  for (size_t i = 0; i < sig.params.size(); ++i) {
+    const Parameter& p = sig.params[i];
+    if (p.conversion != Conversion::to_double) continue;
+    numbers[i] = objects[i] == p.default_value.get() ? p.default_number : as_double(objects[i]);
+  }
+  for (size_t i = 0; i < sig.params.size(); ++i) {
+    const Parameter& p = sig.params[i];
+    PyObject* o = objects[i];
+    if (p.conversion == Conversion::exact_str && o != Py_None && !PyUnicode_CheckExact(o))
+      raise_format(PyExc_TypeError, "Argument '%.200s' has incorrect type (expected %.200s, got %.200s)",
+                   p.name.c_str(), PyUnicode_Type.tp_name, Py_TYPE(o)->tp_name);
+  }
+}
+
 }  // namespace
 
 void parse_arguments(const Signature& sig, PyObject* name_object, PyObject* const* args, Py_ssize_t nargs,
                      PyObject* kwnames, Args& out) {
-  const char* name = PyUnicode_AsUTF8(name_object);
   const Py_ssize_t positional = sig.positional;
+  // The common call: positional arguments only, within the counts, no *args/**kwargs.
+  if (!kwnames && nargs >= sig.required_positional && nargs <= positional && sig.var_positional < 0 &&
+      sig.var_keyword < 0 && static_cast<size_t>(positional) == sig.params.size()) {
+    for (Py_ssize_t i = 0; i < nargs; ++i) out.objects_[i] = args[i];
+    for (Py_ssize_t i = nargs; i < positional; ++i) out.objects_[i] = sig.params[i].default_value.get();
+    convert(sig, out.objects_.data(), out.numbers_.data());
+    return;
+  }
+  std::fill_n(out.objects_.begin(), sig.params.size(), nullptr);
+  const char* name = PyUnicode_AsUTF8(name_object);
   if (nargs > positional && sig.var_positional < 0) count_error(sig, name, nargs);
 
   const Py_ssize_t taken = nargs < positional ? nargs : positional;
@@ -100,19 +127,7 @@ void parse_arguments(const Signature& sig, PyObject* name_object, PyObject* cons
     }
   }
 
-  // Float conversions first, then the str tests, each in parameter order.
-  for (size_t i = 0; i < sig.params.size(); ++i) {
-    const Parameter& p = sig.params[i];
-    if (p.conversion != Conversion::to_double) continue;
-    out.numbers_[i] = out.objects_[i] == p.default_value.get() ? p.default_number : as_double(out.objects_[i]);
-  }
-  for (size_t i = 0; i < sig.params.size(); ++i) {
-    const Parameter& p = sig.params[i];
-    PyObject* o = out.objects_[i];
-    if (p.conversion == Conversion::exact_str && o != Py_None && !PyUnicode_CheckExact(o))
-      raise_format(PyExc_TypeError, "Argument '%.200s' has incorrect type (expected %.200s, got %.200s)",
-                   p.name.c_str(), PyUnicode_Type.tp_name, Py_TYPE(o)->tp_name);
-  }
+  convert(sig, out.objects_.data(), out.numbers_.data());
 }
 
 }  // namespace ostrel

@@ -24,8 +24,9 @@ class Args {
 
  private:
   friend void parse_arguments(const Signature&, PyObject* name, PyObject* const*, Py_ssize_t, PyObject*, Args&);
-  std::array<PyObject*, max_parameters> objects_{};
-  std::array<double, max_parameters> numbers_{};
+  // Filled by parse_arguments for every parameter of the signature, and only those.
+  std::array<PyObject*, max_parameters> objects_;
+  std::array<double, max_parameters> numbers_;
   Ref var_positional_, var_keyword_;
 };
 
