@@ -1,7 +1,10 @@
 """Times Vector, Point and the coordinate conversions against the same classes written
 in plain Python. Run by hand: python bench/bench_foundations.py"""
 import math
+import os
 import timeit
+
+os.environ.setdefault("OPENBLAS_NUM_THREADS", "1")  # idle BLAS threads would take a core
 
 import numpy as np
 
@@ -101,7 +104,7 @@ def py_cartesian_to_cylindrical(c):
 
 
 def measure(statement, namespace, number=200_000):
-    return min(timeit.repeat(statement, globals=namespace, number=number, repeat=5)) / number
+    return min(timeit.repeat(statement, globals=namespace, number=number, repeat=9)) / number
 
 
 def main():

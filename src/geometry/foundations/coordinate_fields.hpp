@@ -10,12 +10,14 @@
 #include "module/globals.hpp"
 #include "module/instance.hpp"
 #include "module/lazy_iterator.hpp"
+#include "module/own_globals.hpp"
 
 namespace ostrel {
 
 template <Literal X, Literal Y, Literal Z, Literal ClassName>
 struct CoordinateFields {
   static inline ClassGuard guard;
+  static inline OwnGlobals class_global{ClassName.text};
 
   static Ref x_of(PyObject* o) { return field(guard, o, id<X>()); }
   static Ref y_of(PyObject* o) { return field(guard, o, id<Y>()); }
@@ -71,7 +73,8 @@ struct CoordinateFields {
   // module tolerances, stopping at the first that differs.
   static Ref eq(const Args& a) {
     PyObject* other = a[1];
-    if (!isinstance(other, global<ClassName>().get())) return Ref::borrow(Py_NotImplemented);
+    const bool own_instance = guard.admits(other) && class_global.hold();
+    if (!own_instance && !isinstance(other, global<ClassName>().get())) return Ref::borrow(Py_NotImplemented);
     double mine[3], theirs[3];
     if (floats_of(a.self(), mine) && floats_of(other, theirs)) {
       const Tolerance t = module_tolerance();
