@@ -1,8 +1,8 @@
 # Type stub of the compiled module ostrel.geometry, for IDEs and type checkers.
 import logging
-from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, TextIO, Tuple, TypeVar, Union
-
 import uuid
+from abc import ABC, abstractmethod
+from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, TextIO, Tuple, TypeVar, Union
 
 import numpy as np
 
@@ -66,7 +66,15 @@ class Material:
     def price(self, value: float) -> None: ...
     def _to_trimesh(self) -> trimesh.visual.TextureVisuals: ...
 
-class TransformableObject:
+class _GLTF:
+    @staticmethod
+    def add_geometry_to_scene(
+        scene: trimesh.Scene, geometry: Any, *, name: Optional[str], transform: Optional[np.ndarray] = None
+    ) -> str: ...
+    @classmethod
+    def to_gltf(cls, *objects: TransformableObject) -> File: ...
+
+class TransformableObject(ABC):
     _transformation: np.ndarray
     def __init__(self) -> None: ...
     def translate(self, translation_vector: Union[Vector, Tuple[float, float, float]]) -> TransformableObject: ...
@@ -81,8 +89,21 @@ class TransformableObject:
     ) -> TransformableObject: ...
     def scale(self, scaling_vector: Union[Vector, Tuple[float, float, float]]) -> TransformableObject: ...
     @property
+    @abstractmethod
     def _name(self) -> str: ...
+    @abstractmethod
     def _to_trimesh(self) -> Any: ...
+
+class Group(TransformableObject):
+    _children: List[TransformableObject]
+    def __init__(self, objects: Sequence[TransformableObject]) -> None: ...
+    def add(self, objects: Union[list, tuple, TransformableObject]) -> None: ...
+    @property
+    def children(self) -> List[TransformableObject]: ...
+    def duplicate(self) -> Group: ...
+    @property
+    def _name(self) -> str: ...
+    def _to_trimesh(self) -> trimesh.Scene: ...
 
 class Point:
     def __init__(self, x: float, y: float, z: float = 0.0) -> None: ...
@@ -202,6 +223,29 @@ def get_vertices_faces(triangles: List[Triangle]) -> Tuple[List[List[float]], Li
 def find_overlap(
     region_a: Tuple[float, float], region_b: Tuple[float, float], inclusive: bool = False
 ) -> Optional[Tuple[float, float]]: ...
+
+class Pattern(Group):
+    base_object: TransformableObject
+    def __init__(self, base_object: TransformableObject, duplicate_translation_list: List[List[float]]) -> None: ...
+    def _add_base_object_copy(self, translation_vector: Vector) -> None: ...
+    def _to_trimesh(self) -> trimesh.Scene: ...
+
+class LinearPattern(Pattern):
+    def __init__(
+        self, base_object: TransformableObject, direction: List[float], number_of_elements: int, spacing: float
+    ) -> None: ...
+
+class BidirectionalPattern(Pattern):
+    def __init__(
+        self,
+        base_object: TransformableObject,
+        direction_1: List[float],
+        direction_2: List[float],
+        number_of_elements_1: int,
+        number_of_elements_2: int,
+        spacing_1: float,
+        spacing_2: float,
+    ) -> None: ...
 
 class TriangleAssembly(TransformableObject):
     _triangles: List[Triangle]

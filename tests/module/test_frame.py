@@ -22,11 +22,11 @@ def test_import_registers_one_module_object():
 
 
 def test_second_initialisation_is_refused():
-    spec = importlib.util.find_spec("ostrel.geometry")
-    other = importlib.util.module_from_spec(spec)
+    module_spec = importlib.util.find_spec("ostrel.geometry")
+    other = importlib.util.module_from_spec(module_spec)
     with pytest.raises(RuntimeError, match=r"^Module 'geometry' has already been imported\. "
                                            r"Re-initialisation is not supported\.$"):
-        spec.loader.exec_module(other)
+        module_spec.loader.exec_module(other)
     assert sys.modules["ostrel.geometry"] is geometry
 
 

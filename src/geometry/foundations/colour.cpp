@@ -26,10 +26,10 @@ Ref hex_to_rgb(const Args& a) {
 }
 
 Ref rgb_to_hex(const Args& a) {
-  Ref spec = new_str("02x");
+  Ref hex_format = new_str("02x");
   Ref text = new_str("");
   for (size_t i = 0; i < 3; ++i) {
-    Ref part = check(PyObject_Format(a[i], spec.get()));
+    Ref part = check(PyObject_Format(a[i], hex_format.get()));
     text = check(PyUnicode_Concat(text.get(), part.get()));
   }
   if (!truth(a[3])) return text;

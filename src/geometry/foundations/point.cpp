@@ -18,13 +18,13 @@ constexpr auto x_of = F::x_of, y_of = F::y_of, z_of = F::z_of;
 constexpr auto floats_of = F::floats_of;
 
 Ref repr(const Args& a) {
-  Ref spec = new_str(".3e");
+  Ref format = new_str(".3e");
   Ref x = x_of(a.self());
-  Ref fx = check(PyObject_Format(x.get(), spec.get()));
+  Ref fx = check(PyObject_Format(x.get(), format.get()));
   Ref y = y_of(a.self());
-  Ref fy = check(PyObject_Format(y.get(), spec.get()));
+  Ref fy = check(PyObject_Format(y.get(), format.get()));
   Ref z = z_of(a.self());
-  Ref fz = check(PyObject_Format(z.get(), spec.get()));
+  Ref fz = check(PyObject_Format(z.get(), format.get()));
   return check(PyUnicode_FromFormat("Point(%U, %U, %U)", fx.get(), fy.get(), fz.get()));
 }
 
