@@ -41,14 +41,22 @@ def calls(function):
                 pass
 
 
-@pytest.mark.filterwarnings("ignore::RuntimeWarning")
+@pytest.mark.filterwarnings("ignore")
 @pytest.mark.parametrize("name, function", list(module_callables()))
 def test_module_callables(name, function):
     calls(function)
 
 
-@pytest.mark.filterwarnings("ignore::RuntimeWarning")
-@pytest.mark.parametrize("instance", [geometry.Point(1, 2, 3), geometry.Vector(1, 2, 3)])
+def instances():
+    p, q, r = geometry.Point(0, 0), geometry.Point(1, 0), geometry.Point(0, 1)
+    triangle = geometry.Triangle(p, q, r)
+    assembly = geometry.TriangleAssembly([triangle])
+    return [p, geometry.Vector(1, 2, 3), geometry.Line(p, q), triangle, geometry.Material("m"), assembly,
+            geometry.Group([assembly]), geometry.LinearPattern(assembly, [1, 0, 0], 2, 1.0)]
+
+
+@pytest.mark.filterwarnings("ignore")
+@pytest.mark.parametrize("instance", instances(), ids=lambda o: type(o).__name__)
 def test_methods(instance):
     for name in dir(type(instance)):
         if name in ("__class__", "__init_subclass__", "__subclasshook__", "__new__", "__reduce__",
