@@ -5,6 +5,7 @@
 // patched module global, coordinates that are no floats).
 #include "curves/line_access.hpp"
 #include "foundations/arithmetic_fault.hpp"
+#include "foundations/indexing.hpp"
 #include "foundations/point_access.hpp"
 #include "foundations/tolerance.hpp"
 #include "module/class_builder.hpp"
@@ -51,19 +52,7 @@ Ref init(const Args& a) {
   return none();
 }
 
-Ref get_end(const Args& a) {
-  PyObject* index = a[1];
-  if (!PyLong_Check(index)) {
-    Ref name = type_name(index);
-    raise_format(PyExc_TypeError, "list indices must be integers, not %S", name.get());
-  }
-  int overflow = 0;
-  const long long i = PyLong_AsLongLongAndOverflow(index, &overflow);
-  if (i == -1 && PyErr_Occurred()) throw PyError{};
-  if (!overflow && i == 0) return start_of(a.self());
-  if (!overflow && i == 1) return end_of(a.self());
-  raise(PyExc_IndexError, "list index out of range");
-}
+Ref get_end(const Args& a) { return item_index(a[1], 2) == 0 ? start_of(a.self()) : end_of(a.self()); }
 
 Ref start_iteration(PyObject* self) {
   Ref start = start_of(self), end = end_of(self);
