@@ -49,7 +49,7 @@ struct CoordinateFields {
 
   // __init__(x: float, y: float, z: float = 0.0)
   static Ref init(const Args& a) {
-    Ref x = new_float(a.num(1)), y = new_float(a.num(2)), z = new_float(a.num(3));
+    Ref x = stored_float(a, 1), y = stored_float(a, 2), z = stored_float(a, 3);
     if (guard.admits(a.self())) {
       store_fields(a.self(), {{id<X>(), x.get()}, {id<Y>(), y.get()}, {id<Z>(), z.get()}});
     } else {
@@ -92,6 +92,12 @@ struct CoordinateFields {
   }
 
  private:
+  // The float the constructor stores for argument i: an exact float argument is
+  // already that value.
+  static Ref stored_float(const Args& a, size_t i) {
+    return PyFloat_CheckExact(a[i]) ? Ref::borrow(a[i]) : new_float(a.num(i));
+  }
+
   static Ref start_iteration(PyObject* self) {
     Ref x = x_of(self), y = y_of(self), z = z_of(self);
     Ref items = tuple({x.get(), y.get(), z.get()});

@@ -39,17 +39,15 @@ PyObject* keyword_value(PyObject* name, PyObject* const* values, PyObject* kwnam
 
 // The boundary conversions, in parameter order: floats first, then the str tests.
 void convert(const Signature& sig, PyObject* const* objects, double* numbers) {
-  for (size_t i = 0; i < sig.params.size(); ++i) {
+  for (const unsigned char i : sig.float_params) {
     const Parameter& p = sig.params[i];
-    if (p.conversion != Conversion::to_double) continue;
     numbers[i] = objects[i] == p.default_value.get() ? p.default_number : as_double(objects[i]);
   }
-  for (size_t i = 0; i < sig.params.size(); ++i) {
-    const Parameter& p = sig.params[i];
+  for (const unsigned char i : sig.str_params) {
     PyObject* o = objects[i];
-    if (p.conversion == Conversion::exact_str && o != Py_None && !PyUnicode_CheckExact(o))
+    if (o != Py_None && !PyUnicode_CheckExact(o))
       raise_format(PyExc_TypeError, "Argument '%.200s' has incorrect type (expected %.200s, got %.200s)",
-                   p.name.c_str(), PyUnicode_Type.tp_name, Py_TYPE(o)->tp_name);
+                   sig.params[i].name.c_str(), PyUnicode_Type.tp_name, Py_TYPE(o)->tp_name);
   }
 }
 

@@ -124,6 +124,10 @@ Signature parse_signature(std::string_view first, std::string_view text) {
       sig.params.push_back(std::move(p));
     }
   }
+  for (size_t i = 0; i < sig.params.size(); ++i) {
+    if (sig.params[i].conversion == Conversion::to_double) sig.float_params.push_back(static_cast<unsigned char>(i));
+    if (sig.params[i].conversion == Conversion::exact_str) sig.str_params.push_back(static_cast<unsigned char>(i));
+  }
   return sig;
 }
 

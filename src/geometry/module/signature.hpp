@@ -39,6 +39,8 @@ struct Signature {
   Py_ssize_t var_positional = -1;      // index of *args, or -1
   Py_ssize_t var_keyword = -1;         // index of **kwargs, or -1
   bool returns_str = false;
+  std::vector<unsigned char> float_params;  // indices of the to_double parameters, in order
+  std::vector<unsigned char> str_params;    // indices of the exact_str parameters, in order
 };
 
 // Parses `text`, prefixing `first` ("self", "cls" or nothing) as the first parameter.
