@@ -2,12 +2,12 @@
 import logging
 import uuid
 from abc import ABC, abstractmethod
-from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, TextIO, Tuple, TypeVar, Union
+from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, Tuple, TypeVar, Union
 
 import numpy as np
 
 from ._vendor import trimesh
-from .core import Color, File, ISCLOSE_ATOL, ISCLOSE_RTOL
+from .core import Color, File
 
 trimesh_logger: logging.Logger
 logger: logging.Logger

@@ -1,6 +1,4 @@
-import io
 import json
-import math
 import struct
 
 import numpy as np
@@ -9,16 +7,8 @@ import pytest
 
 from ostrel import geometry
 from ostrel.core import File
-from ostrel.geometry import Group, LinearPattern, TransformableObject, _GLTF
-
-
-class Box(TransformableObject):
-    @property
-    def _name(self):
-        return "box"
-
-    def _to_trimesh(self):
-        return geometry.trimesh.creation.box()
+from ostrel.geometry import Group, _GLTF
+from scene_objects import Box
 
 
 def glb_json(file):

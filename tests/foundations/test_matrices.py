@@ -4,7 +4,7 @@ import uuid
 
 import numpy as np
 import pytest
-from hypothesis import assume, given, strategies as st
+from hypothesis import given, strategies as st
 
 from ostrel import geometry
 from ostrel.geometry import (Point, Vector, mirror_object, reflection_matrix, rotation_matrix, scaling_matrix,

@@ -1,17 +1,7 @@
-import numpy as np
 import pytest
 
-from ostrel import geometry
-from ostrel.geometry import BidirectionalPattern, Group, LinearPattern, Pattern, TransformableObject, Vector
-
-
-class Box(TransformableObject):
-    @property
-    def _name(self):
-        return "box"
-
-    def _to_trimesh(self):
-        return geometry.trimesh.creation.box()
+from ostrel.geometry import BidirectionalPattern, Group, LinearPattern, Pattern, Vector
+from scene_objects import Box
 
 
 def offsets(pattern):

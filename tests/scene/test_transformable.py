@@ -5,17 +5,7 @@ import pytest
 
 from ostrel import geometry
 from ostrel.geometry import Group, TransformableObject, Vector
-
-
-class Box(TransformableObject):
-    """A leaf for tests: a unit box mesh."""
-
-    @property
-    def _name(self):
-        return "box"
-
-    def _to_trimesh(self):
-        return geometry.trimesh.creation.box()
+from scene_objects import Box
 
 
 def moved(obj, point=(0, 0, 0)):
