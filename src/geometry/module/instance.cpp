@@ -24,6 +24,9 @@ Py_ssize_t own_entries(PyObject* dict) {
 // A lookup through the type gives it a version tag if it has none yet.
 unsigned int current_tag(PyTypeObject* type) {
   Ref init = getattr(reinterpret_cast<PyObject*>(type), id<"__init__">());
+#if PY_VERSION_HEX < 0x030C0000
+  if (!PyType_HasFeature(type, Py_TPFLAGS_VALID_VERSION_TAG)) return 0;
+#endif
   return type->tp_version_tag;
 }
 

@@ -21,13 +21,22 @@ class ClassGuard {
   void set(PyObject* cls);
   // The class as built. A modified class loses its tag (0 is never valid) and gets a
   // fresh one at its next lookup; only then are the namespaces compared again.
-  bool intact() const { return (tag_ != 0 && type_->tp_version_tag == tag_) || revalidate(); }
+  bool intact() const { return (tag_ != 0 && type_->tp_version_tag == tag_ && tag_valid()) || revalidate(); }
   // `o` is an instance of exactly that class, and the class is intact.
   bool admits(PyObject* o) const { return Py_TYPE(o) == type_ && intact(); }
   PyObject* cls() const { return reinterpret_cast<PyObject*>(type_); }
 
  private:
   bool revalidate() const;
+  // Before 3.12 a modified class keeps its old tag, with this flag cleared, until its
+  // next lookup.
+  bool tag_valid() const {
+#if PY_VERSION_HEX < 0x030C0000
+    return PyType_HasFeature(type_, Py_TPFLAGS_VALID_VERSION_TAG);
+#else
+    return true;
+#endif
+  }
 
   PyTypeObject* type_ = nullptr;
   mutable unsigned int tag_ = 0;
