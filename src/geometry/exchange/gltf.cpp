@@ -79,8 +79,11 @@ Ref add_geometry_to_scene(const Args& a) {
 // handling of an exception raised inside the block.
 void write_binary(PyObject* file, PyObject* content) {
   Ref manager = call_method(file, id<"open_binary">(), {});
-  Ref exit = getattr(reinterpret_cast<PyObject*>(Py_TYPE(manager.get())), id<"__exit__">());
-  Ref stream = call_method(manager.get(), id<"__enter__">(), {});
+  // Both looked up on the type, as the with statement does.
+  PyObject* manager_type = reinterpret_cast<PyObject*>(Py_TYPE(manager.get()));
+  Ref enter = getattr(manager_type, id<"__enter__">());
+  Ref exit = getattr(manager_type, id<"__exit__">());
+  Ref stream = call(enter.get(), {manager.get()});
   try {
     call_method(stream.get(), id<"write">(), {content});
   } catch (const PyError&) {
