@@ -4,56 +4,49 @@
 // it takes those steps through the host instead, calling the module functions by
 // their global names.
 #include "curves/intersections_kernel.hpp"
-#include "curves/line_access.hpp"
-#include "foundations/arithmetic_fault.hpp"
-#include "foundations/point_access.hpp"
+#include "curves/line.hpp"
+#include "foundations/tolerance.hpp"
+#include "foundations/vector.hpp"
 #include "module/class_builder.hpp"
-#include "module/definitions.hpp"
 #include "module/globals.hpp"
 #include "module/objects.hpp"
-#include "module/own_globals.hpp"
 #include "module/star_call.hpp"
 
 namespace ostrel {
 
 namespace {
 
-// The globals each native path stands in for, beside the Line, Point and Vector classes.
-OwnGlobals line_function_globals{"get_line_function_parameters", "np"};
-OwnGlobals bounded_with_y_globals{"calculate_intersection_extended_line_with_y", "get_line_function_parameters",
-                                  "_between_bounds", "np"};
-OwnGlobals between_bounds_global{"_between_bounds"};
-OwnGlobals extended_lines_globals{"line_is_vertical", "calculate_intersection_extended_line_with_x",
-                                  "get_line_function_parameters", "np"};
-OwnGlobals bounded_extended_globals{"calculate_intersection_extended_lines",
-                                    "line_is_horizontal",
-                                    "line_is_vertical",
-                                    "_between_bounds",
-                                    "calculate_intersection_extended_line_with_x",
-                                    "get_line_function_parameters",
-                                    "np"};
-OwnGlobals bounded_lines_globals{"calculate_intersection_bounded_line_extended_line",
-                                 "calculate_intersection_extended_lines",
-                                 "line_is_horizontal",
-                                 "line_is_vertical",
-                                 "_between_bounds",
-                                 "calculate_intersection_extended_line_with_x",
-                                 "get_line_function_parameters",
-                                 "np"};
+using kernel::Segment;
+
+// What each native path stands in for: the module globals its documented steps call
+// and the classes whose members they use. A path that calls another's function names
+// that path's set instead of repeating it.
+Natives line_function_natives{{"get_line_function_parameters", "np"}};
+Natives with_x_natives{{}, {&point_class()}, {&line_function_natives}};
+Natives extended_lines_natives{{"line_is_vertical", "calculate_intersection_extended_line_with_x"}, {}, {&with_x_natives}};
+Natives between_bounds_natives{{"_between_bounds"}};
+Natives bounded_with_y_natives{{"calculate_intersection_extended_line_with_y", "_between_bounds"}, {},
+                               {&line_function_natives}};
+Natives bounded_extended_natives{{"calculate_intersection_extended_lines", "line_is_horizontal", "_between_bounds"}, {},
+                                 {&extended_lines_natives}};
+Natives bounded_lines_natives{{"calculate_intersection_bounded_line_extended_line"}, {}, {&bounded_extended_natives}};
+// point_is_on_bounded_line makes a Line and a Point and calls their members.
+Natives on_bounded_line_natives{{}, {&vector_class()}, {&line_natives()}};
 
 // Everything a native path needs: its lines read (in the xy plane alone where the
 // computation never looks at z), the tolerances, and where it takes one, the truth of
 // `inclusive`.
 struct NativeInputs {
   Segment first, second;
-  Tolerances tolerances;
+  kernel::Tolerances tolerances;
   bool inclusive;
 };
 
 enum class Reading { xy, xyz };
 
-std::optional<NativeInputs> native_inputs(Reading reading, PyObject* first, PyObject* second = nullptr,
-                                          PyObject* inclusive = Py_True) {
+std::optional<NativeInputs> native_inputs(const Natives& natives, Reading reading, PyObject* first,
+                                          PyObject* second = nullptr, PyObject* inclusive = Py_True) {
+  if (!natives.hold()) return std::nullopt;
   const auto include = plain_truth(inclusive);
   if (!include) return std::nullopt;
   const auto read = reading == Reading::xy ? read_line_xy : read_line;
@@ -61,12 +54,12 @@ std::optional<NativeInputs> native_inputs(Reading reading, PyObject* first, PyOb
   if (!a) return std::nullopt;
   const auto b = second ? read(second) : a;
   if (!b) return std::nullopt;
-  const auto t = current_tolerances();
+  const auto t = native_tolerances();
   if (!t) return std::nullopt;
   return NativeInputs{*a, *b, *t, *include};
 }
 
-Ref point_or_none(const std::optional<Vec3>& p) { return p ? make_point(*p) : none(); }
+Ref point_or_none(const std::optional<kernel::Vec3>& p) { return p ? make_point(*p) : none(); }
 
 // `a, b = get_line_function_parameters(line)`
 void line_function_of(PyObject* line, Ref (&ab)[2]) {
@@ -75,58 +68,69 @@ void line_function_of(PyObject* line, Ref (&ab)[2]) {
   unpack(result.get(), 2, ab);
 }
 
-Ref between_result(Bound b, PyObject* inclusive) {
-  if (b == Bound::at_bound) return Ref::borrow(inclusive);
-  return boolean(b == Bound::inside);
+Ref between_result(kernel::Bound b, PyObject* inclusive) {
+  if (b == kernel::Bound::at_bound) return Ref::borrow(inclusive);
+  return boolean(b == kernel::Bound::inside);
 }
 
+enum class ExtendedLineWithY { line, y_intersection };
 Ref extended_line_with_y(const Args& a) {
-  if (line_function_globals.hold())
-    if (const auto in = native_inputs(Reading::xy, a[0])) try {
-        return new_float(intersection_extended_line_with_y(in->first, a.num(1)));
-      } catch (const ArithmeticFault& fault) {
-        raise_host_error(fault);
-      }
+  if (const auto in = native_inputs(line_function_natives, Reading::xy, a[ExtendedLineWithY::line]))
+    return new_float(kernel::intersection_extended_line_with_y(in->first, a.num(ExtendedLineWithY::y_intersection)));
   Ref ab[2];
-  line_function_of(a[0], ab);
-  Ref y = new_float(a.num(1));
+  line_function_of(a[ExtendedLineWithY::line], ab);
+  Ref y = new_float(a.num(ExtendedLineWithY::y_intersection));
   Ref difference = sub(y.get(), ab[1].get());
   return div(difference.get(), ab[0].get());
 }
+constexpr Member extended_line_with_y_member = function("calculate_intersection_extended_line_with_y", "(line: Line, y_intersection: float) -> float", extended_line_with_y, "The x at which the infinite line meets the horizontal y = y_intersection: NaN for a\n"
+                  "vertical line, ZeroDivisionError for a horizontal one.");
 
+enum class BoundedLineWithY { line, y_intersection };
 Ref bounded_line_with_y(const Args& a) {
-  if (bounded_with_y_globals.hold())
-    if (const auto in = native_inputs(Reading::xy, a[0])) try {
-        const auto x = intersection_bounded_line_with_y(in->first, a.num(1), in->tolerances.abs);
-        return x ? new_float(*x) : none();
-      } catch (const ArithmeticFault& fault) {
-        raise_host_error(fault);
-      }
+  if (const auto in = native_inputs(bounded_with_y_natives, Reading::xy, a[BoundedLineWithY::line])) {
+    const auto x = kernel::intersection_bounded_line_with_y(in->first, a.num(BoundedLineWithY::y_intersection),
+                                                            in->tolerances.abs);
+    return x ? new_float(*x) : none();
+  }
   Ref extended = global<"calculate_intersection_extended_line_with_y">();
-  Ref y = new_float(a.num(1));
-  Ref x = call(extended.get(), {a[0], y.get()});
+  Ref y = new_float(a.num(BoundedLineWithY::y_intersection));
+  Ref x = call(extended.get(), {a[BoundedLineWithY::line], y.get()});
   Ref between = global<"_between_bounds">();
-  Ref x1 = end_coordinate(a[0], id<"start_point">(), id<"x">());
-  Ref x2 = end_coordinate(a[0], id<"end_point">(), id<"x">());
+  Ref x1 = end_coordinate(a[BoundedLineWithY::line], id<"start_point">(), id<"x">());
+  Ref x2 = end_coordinate(a[BoundedLineWithY::line], id<"end_point">(), id<"x">());
   Ref inside = call(between.get(), {x.get(), x1.get(), x2.get()});
   return truth(inside.get()) ? x : none();
 }
+constexpr Member bounded_line_with_y_member = function("calculate_intersection_bounded_line_with_y", "(line: Line, y_intersection: float) -> Optional[float]", bounded_line_with_y, "The x at which the segment meets the horizontal y = y_intersection, or None outside its x\n"
+                  "extent. ZeroDivisionError for a horizontal line.");
 
-Ref line_is_horizontal(const Args& a) { return getattr(a[0], id<"horizontal">()); }
-Ref line_is_vertical(const Args& a) { return getattr(a[0], id<"vertical">()); }
+enum class LineIsHorizontal { line };
+Ref line_is_horizontal(const Args& a) { return getattr(a[LineIsHorizontal::line], id<"horizontal">()); }
+constexpr Member line_is_horizontal_member = function("line_is_horizontal", "(line: Line) -> bool", line_is_horizontal, "The line's horizontal.");
+enum class LineIsVertical { line };
+Ref line_is_vertical(const Args& a) { return getattr(a[LineIsVertical::line], id<"vertical">()); }
+constexpr Member line_is_vertical_member = function("line_is_vertical", "(line: Line) -> bool", line_is_vertical, "The line's vertical.");
 
+enum class BetweenBoundsFunction { x, x1, x2, inclusive };
 Ref between_bounds_function(const Args& a) {
-  const Tolerance t = abs_tolerance();
-  return between_result(between_bounds(a.num(0), a.num(1), a.num(2), t), a[3]);
+  using P = BetweenBoundsFunction;
+  const kernel::Tolerance t = abs_tolerance();
+  return between_result(kernel::between_bounds(a.num(P::x), a.num(P::x1), a.num(P::x2), t), a[P::inclusive]);
 }
+constexpr Member between_bounds_function_member = function("_between_bounds", "(x: float, x1: float, x2: float, inclusive: bool = True) -> bool", between_bounds_function, "Whether x lies between x1 and x2, in either order; at a bound (abs_tol=ISCLOSE_ATOL)\n"
+                  "the result is the inclusive argument itself.");
 
 // x_between_bounds and y_between_bounds: `_between_bounds(v, v1, v2, inclusive)`.
+enum class BetweenBoundsByName { x, x1, x2, inclusive };
 Ref between_bounds_by_name(const Args& a) {
-  if (between_bounds_global.hold()) return between_bounds_function(a);
+  if (between_bounds_natives.hold()) return between_bounds_function(a);
   Ref between = global<"_between_bounds">();
-  Ref v = new_float(a.num(0)), v1 = new_float(a.num(1)), v2 = new_float(a.num(2));
-  return call(between.get(), {v.get(), v1.get(), v2.get(), a[3]});
+  Ref v = new_float(a.num(BetweenBoundsByName::x)), v1 = new_float(a.num(BetweenBoundsByName::x1)), v2 = new_float(a.num(BetweenBoundsByName::x2));
+  return call(between.get(), {v.get(), v1.get(), v2.get(), a[BetweenBoundsByName::inclusive]});
 }
+constexpr Member between_bounds_by_name_member = function("x_between_bounds", "(x: float, x1: float, x2: float, inclusive: bool = True) -> bool", between_bounds_by_name, "_between_bounds for x values.");
+constexpr Member between_bounds_by_name_y_between_bounds_member = function("y_between_bounds", "(y: float, y1: float, y2: float, inclusive: bool = True) -> bool", between_bounds_by_name, "_between_bounds for y values.");
 
 // `Line(*line)` read natively: a line, or a pair of point-likes.
 std::optional<Segment> read_line_like(PyObject* line) {
@@ -139,21 +143,17 @@ std::optional<Segment> read_line_like(PyObject* line) {
   return Segment{*start, *end};
 }
 
+enum class PointIsOnBoundedLine { point, line, inclusive };
 Ref point_is_on_bounded_line(const Args& a) {
-  PyObject *point = a[0], *line = a[1], *inclusive = a[2];
-  if (line_class_native() && vector_class_native()) {
+  PyObject *point = a[PointIsOnBoundedLine::point], *line = a[PointIsOnBoundedLine::line], *inclusive = a[PointIsOnBoundedLine::inclusive];
+  if (on_bounded_line_natives.hold()) {
     const auto p = read_point_like(point);
     const auto s = p ? read_line_like(line) : std::nullopt;
-    const auto t = s ? current_tolerances() : std::nullopt;
-    if (t) {
-      if (coincide(s->start, s->end, t->module)) raise(PyExc_ValueError, "Start and end point may not coincide");
-      try {
-        const OnSegment on = point_on_bounded_line(*p, *s, t->module);
-        if (on == OnSegment::at_end) return Ref::borrow(inclusive);
-        return boolean(on == OnSegment::within);
-      } catch (const ArithmeticFault& fault) {
-        raise_host_error(fault);
-      }
+    if (const auto t = s ? native_tolerances() : std::nullopt) {
+      if (kernel::coincide(s->start, s->end, t->module)) raise(PyExc_ValueError, "Start and end point may not coincide");
+      const kernel::OnSegment on = kernel::point_on_bounded_line(*p, *s, t->module);
+      if (on == kernel::OnSegment::at_end) return Ref::borrow(inclusive);
+      return boolean(on == kernel::OnSegment::within);
     }
   }
   Ref point_cls = global<"Point">();
@@ -161,38 +161,44 @@ Ref point_is_on_bounded_line(const Args& a) {
   Ref line_cls = global<"Line">();
   Ref l = star_call(line_cls.get(), line);
   Ref start = getattr(l.get(), id<"start_point">());
-  if (truth(compare(p.get(), start.get(), Py_EQ).get())) return Ref::borrow(inclusive);
+  if (compares(p.get(), start.get(), Py_EQ)) return Ref::borrow(inclusive);
   Ref end = getattr(l.get(), id<"end_point">());
-  if (truth(compare(p.get(), end.get(), Py_EQ).get())) return Ref::borrow(inclusive);
+  if (compares(p.get(), end.get(), Py_EQ)) return Ref::borrow(inclusive);
   Ref start_again = getattr(l.get(), id<"start_point">());
   Ref v = call_method(start_again.get(), id<"vector_to">(), {p.get()});
   Ref unit = call_method(v.get(), id<"normalize">(), {});
   Ref along = call_method(l.get(), id<"direction">(), {});
-  if (!truth(compare(unit.get(), along.get(), Py_EQ).get())) return boolean(false);
+  if (!compares(unit.get(), along.get(), Py_EQ)) return boolean(false);
   Ref distance = getattr(v.get(), id<"magnitude">());
   Ref direction = getattr(l.get(), id<"direction">());
   Ref keyword = tuple({id<"normalize">()});
   Ref span = call(direction.get(), {Py_False}, keyword.get());
   Ref size = getattr(span.get(), id<"magnitude">());
-  return boolean(truth(compare(distance.get(), size.get(), Py_LT).get()));
+  return boolean(compares(distance.get(), size.get(), Py_LT));
 }
+constexpr Member point_is_on_bounded_line_member = function("point_is_on_bounded_line", "(point: Point-like, line: Union[Line, Tuple[Tuple[float, float, float], Tuple[float, float, "
+                  "float]]], inclusive: bool = True) -> bool", point_is_on_bounded_line, "Whether the point lies on the segment, in 3D; at an end the result is the inclusive\n"
+                  "argument itself.");
 
+enum class ExtendedLineWithX { line, x };
 Ref extended_line_with_x(const Args& a) {
-  if (line_function_globals.hold() && point_class_native())
-    if (const auto in = native_inputs(Reading::xy, a[0]))
-      return make_point(intersection_extended_line_with_x(in->first, a.num(1)));
+  if (const auto in = native_inputs(with_x_natives, Reading::xy, a[ExtendedLineWithX::line]))
+    return make_point(kernel::intersection_extended_line_with_x(in->first, a.num(ExtendedLineWithX::x)));
   Ref ab[2];
-  line_function_of(a[0], ab);
+  line_function_of(a[ExtendedLineWithX::line], ab);
   Ref point_cls = global<"Point">();
-  Ref x = new_float(a.num(1));
+  Ref x = new_float(a.num(ExtendedLineWithX::x));
   Ref ax = mul(ab[0].get(), x.get());
   Ref y = add(ax.get(), ab[1].get());
   return call(point_cls.get(), {x.get(), y.get()});
 }
+constexpr Member extended_line_with_x_member = function("calculate_intersection_extended_line_with_x", "(line: Line, x: float) -> Point", extended_line_with_x, "The point of the infinite line at x, at z = 0; its y is NaN for a vertical line.");
 
+enum class GetLineFunctionParameters { line };
 Ref get_line_function_parameters(const Args& a) {
-  return call_method(a[0], id<"get_line_function_parameters">(), {});
+  return call_method(a[GetLineFunctionParameters::line], id<"get_line_function_parameters">(), {});
 }
+constexpr Member get_line_function_parameters_member = function("get_line_function_parameters", "(line: Line) -> Tuple[float, float]", get_line_function_parameters, "The line's get_line_function_parameters(): (a, b) of y = a * x + b.");
 
 bool is_vertical_by_name(PyObject* line) {
   Ref function = global<"line_is_vertical">();
@@ -207,14 +213,11 @@ Ref at_x_of(PyObject* line, PyObject* other) {
   return call(function.get(), {line, x.get()});
 }
 
+enum class ExtendedLines { extended_line1, extended_line2 };
 Ref extended_lines(const Args& a) {
-  PyObject *line1 = a[0], *line2 = a[1];
-  if (extended_lines_globals.hold() && point_class_native())
-    if (const auto in = native_inputs(Reading::xy, line1, line2)) try {
-        return point_or_none(intersection_extended_lines(in->first, in->second, in->tolerances.abs));
-      } catch (const ArithmeticFault& fault) {
-        raise_host_error(fault);
-      }
+  PyObject *line1 = a[ExtendedLines::extended_line1], *line2 = a[ExtendedLines::extended_line2];
+  if (const auto in = native_inputs(extended_lines_natives, Reading::xy, line1, line2))
+    return point_or_none(kernel::intersection_extended_lines(in->first, in->second, in->tolerances.abs));
   if (is_vertical_by_name(line1) && is_vertical_by_name(line2)) return none();
   if (is_vertical_by_name(line1)) return at_x_of(line2, line1);
   if (is_vertical_by_name(line2)) return at_x_of(line1, line2);
@@ -222,7 +225,7 @@ Ref extended_lines(const Args& a) {
   line_function_of(line1, f1);
   line_function_of(line2, f2);
   const double a1 = as_double(f1[0].get()), a2 = as_double(f2[0].get());
-  if (isclose(a1, a2, abs_tolerance())) return none();
+  if (kernel::isclose(a1, a2, abs_tolerance())) return none();
   Ref db = sub(f1[1].get(), f2[1].get()), da = sub(f2[0].get(), f1[0].get());
   Ref x = div(db.get(), da.get());
   Ref point_cls = global<"Point">();
@@ -230,6 +233,7 @@ Ref extended_lines(const Args& a) {
   Ref y = add(ax.get(), f1[1].get());
   return call(point_cls.get(), {x.get(), y.get()});
 }
+constexpr Member extended_lines_member = function("calculate_intersection_extended_lines", "(extended_line1: Line, extended_line2: Line) -> Optional[Point]", extended_lines, "Where two infinite lines meet in the xy plane, or None when they are parallel.");
 
 // _between_bounds(P.<c>, S.start_point.<c>, S.end_point.<c>, inclusive)
 bool between_by_name(PyObject* p, PyObject* s, PyObject* c, PyObject* inclusive) {
@@ -246,15 +250,12 @@ bool orientation_by_name(PyObject* name, PyObject* line) {
   return truth(result.get());
 }
 
+enum class BoundedLineExtendedLine { bounded_line, extended_line, inclusive };
 Ref bounded_line_extended_line(const Args& a) {
-  PyObject *s = a[0], *extended = a[1], *inclusive = a[2];
-  if (bounded_extended_globals.hold() && point_class_native())
-    if (const auto in = native_inputs(Reading::xyz, s, extended, inclusive)) try {
-        return point_or_none(
-            intersection_bounded_line_extended_line(in->first, in->second, in->inclusive, in->tolerances));
-      } catch (const ArithmeticFault& fault) {
-        raise_host_error(fault);
-      }
+  PyObject *s = a[BoundedLineExtendedLine::bounded_line], *extended = a[BoundedLineExtendedLine::extended_line], *inclusive = a[BoundedLineExtendedLine::inclusive];
+  if (const auto in = native_inputs(bounded_extended_natives, Reading::xyz, s, extended, inclusive))
+    return point_or_none(
+        kernel::intersection_bounded_line_extended_line(in->first, in->second, in->inclusive, in->tolerances));
   Ref lines = global<"calculate_intersection_extended_lines">();
   Ref p = call(lines.get(), {s, extended});
   if (p.get() == Py_None) return p;
@@ -264,12 +265,13 @@ Ref bounded_line_extended_line(const Args& a) {
   if (between_by_name(p.get(), s, x, inclusive) && between_by_name(p.get(), s, y, inclusive)) return p;
   if (truth(inclusive)) {
     Ref start = getattr(s, id<"start_point">());
-    if (truth(compare(p.get(), start.get(), Py_EQ).get())) return p;
+    if (compares(p.get(), start.get(), Py_EQ)) return p;
     Ref end = getattr(s, id<"end_point">());
-    if (truth(compare(p.get(), end.get(), Py_EQ).get())) return p;
+    if (compares(p.get(), end.get(), Py_EQ)) return p;
   }
   return none();
 }
+constexpr Member bounded_line_extended_line_member = function("calculate_intersection_bounded_line_extended_line", "(bounded_line: Line, extended_line: Line, inclusive: bool = True) -> Optional[Point]", bounded_line_extended_line, "Where the infinite extended_line meets the segment bounded_line, or None.");
 
 // [line.start_point.<c>, line.end_point.<c>]
 Ref values(PyObject* line, PyObject* c) {
@@ -281,22 +283,24 @@ Ref values(PyObject* line, PyObject* c) {
 bool boxes_apart(PyObject* first, PyObject* second, bool inclusive) {
   Ref max = global<"max">(), min = global<"min">();
   Ref max_first = call(max.get(), {first}), min_second = call(min.get(), {second});
-  if (truth(compare(max_first.get(), min_second.get(), inclusive ? Py_LT : Py_LE).get())) return true;
+  if (compares(max_first.get(), min_second.get(), inclusive ? Py_LT : Py_LE)) return true;
   Ref min_first = call(min.get(), {first}), max_second = call(max.get(), {second});
-  return truth(compare(min_first.get(), max_second.get(), inclusive ? Py_GT : Py_GE).get());
+  return compares(min_first.get(), max_second.get(), inclusive ? Py_GT : Py_GE);
 }
 
+enum class BoundedLines { bounded_line1, bounded_line2, inclusive };
 Ref bounded_lines(const Args& a) {
-  PyObject *line1 = a[0], *line2 = a[1], *inclusive = a[2];
-  if (bounded_lines_globals.hold() && point_class_native())
+  PyObject *line1 = a[BoundedLines::bounded_line1], *line2 = a[BoundedLines::bounded_line2], *inclusive = a[BoundedLines::inclusive];
+  if (bounded_lines_natives.hold())
     if (const auto include = plain_truth(inclusive)) {
       // Most pairs part at the bounding boxes, which need no z.
       HeldLine first, second;
       if (hold_line_xy(line1, first) && hold_line_xy(line2, second)) {
-        if (bounding_boxes_apart(first.segment, second.segment, *include)) return none();
-        const auto t = read_z(first) && read_z(second) ? current_tolerances() : std::nullopt;
+        if (kernel::bounding_boxes_apart(first.segment, second.segment, *include)) return none();
+        const auto t = read_z(first) && read_z(second) ? native_tolerances() : std::nullopt;
         if (t) {
-          const Crossing c = intersection_bounded_lines(first.segment, second.segment, *include, *t);
+          using kernel::Crossing;
+          const Crossing c = kernel::intersection_bounded_lines(first.segment, second.segment, *include, *t);
           if (c.kind == Crossing::Kind::mismatch) {
             PyErr_SetNone(PyExc_ValueError);
             throw PyError{};
@@ -315,56 +319,17 @@ Ref bounded_lines(const Args& a) {
   Ref function_again = global<"calculate_intersection_bounded_line_extended_line">();
   Ref second = call(function_again.get(), {line2, line1, inclusive});
   if (first.get() == Py_None || second.get() == Py_None) return none();
-  if (truth(compare(first.get(), second.get(), Py_EQ).get())) return first;
+  if (compares(first.get(), second.get(), Py_EQ)) return first;
   PyErr_SetNone(PyExc_ValueError);
   throw PyError{};
 }
+constexpr Member bounded_lines_member = function("calculate_intersection_bounded_lines", "(bounded_line1: Line, bounded_line2: Line, inclusive: bool = True) -> Optional[Point]", bounded_lines, "Where two segments meet in the xy plane, or None; ends count when inclusive is true.\n"
+                  "ValueError when the two segments' answers differ.");
 
 }  // namespace
 
 void define_line_intersections() {
-  define_function("calculate_intersection_bounded_line_with_y",
-                  "(line: Line, y_intersection: float) -> Optional[float]",
-                  bounded_line_with_y,
-                  "The x at which the segment meets the horizontal y = y_intersection, or None outside its x\n"
-                  "extent. ZeroDivisionError for a horizontal line.");
-  define_function("calculate_intersection_extended_line_with_y", "(line: Line, y_intersection: float) -> float",
-                  extended_line_with_y,
-                  "The x at which the infinite line meets the horizontal y = y_intersection: NaN for a\n"
-                  "vertical line, ZeroDivisionError for a horizontal one.");
-  define_function("line_is_horizontal", "(line: Line) -> bool", line_is_horizontal, "The line's horizontal.");
-  define_function("line_is_vertical", "(line: Line) -> bool", line_is_vertical, "The line's vertical.");
-  define_function("_between_bounds", "(x: float, x1: float, x2: float, inclusive: bool = True) -> bool",
-                  between_bounds_function,
-                  "Whether x lies between x1 and x2, in either order; at a bound (abs_tol=ISCLOSE_ATOL)\n"
-                  "the result is the inclusive argument itself.");
-  define_function("x_between_bounds", "(x: float, x1: float, x2: float, inclusive: bool = True) -> bool",
-                  between_bounds_by_name, "_between_bounds for x values.");
-  define_function("y_between_bounds", "(y: float, y1: float, y2: float, inclusive: bool = True) -> bool",
-                  between_bounds_by_name, "_between_bounds for y values.");
-  define_function("point_is_on_bounded_line",
-                  "(point: Point-like, line: Union[Line, Tuple[Tuple[float, float, float], Tuple[float, float, "
-                  "float]]], inclusive: bool = True) -> bool",
-                  point_is_on_bounded_line,
-                  "Whether the point lies on the segment, in 3D; at an end the result is the inclusive\n"
-                  "argument itself.");
-  define_function("calculate_intersection_extended_line_with_x", "(line: Line, x: float) -> Point",
-                  extended_line_with_x,
-                  "The point of the infinite line at x, at z = 0; its y is NaN for a vertical line.");
-  define_function("get_line_function_parameters", "(line: Line) -> Tuple[float, float]", get_line_function_parameters,
-                  "The line's get_line_function_parameters(): (a, b) of y = a * x + b.");
-  define_function("calculate_intersection_extended_lines",
-                  "(extended_line1: Line, extended_line2: Line) -> Optional[Point]", extended_lines,
-                  "Where two infinite lines meet in the xy plane, or None when they are parallel.");
-  define_function("calculate_intersection_bounded_line_extended_line",
-                  "(bounded_line: Line, extended_line: Line, inclusive: bool = True) -> Optional[Point]",
-                  bounded_line_extended_line,
-                  "Where the infinite extended_line meets the segment bounded_line, or None.");
-  define_function("calculate_intersection_bounded_lines",
-                  "(bounded_line1: Line, bounded_line2: Line, inclusive: bool = True) -> Optional[Point]",
-                  bounded_lines,
-                  "Where two segments meet in the xy plane, or None; ends count when inclusive is true.\n"
-                  "ValueError when the two segments' answers differ.");
+  for (const Member& m : {bounded_line_with_y_member, extended_line_with_y_member, line_is_horizontal_member, line_is_vertical_member, between_bounds_function_member, between_bounds_by_name_member, between_bounds_by_name_y_between_bounds_member, point_is_on_bounded_line_member, extended_line_with_x_member, get_line_function_parameters_member, extended_lines_member, bounded_line_extended_line_member, bounded_lines_member}) define_function(m);
 }
 
 }  // namespace ostrel

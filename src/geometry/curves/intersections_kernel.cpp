@@ -1,6 +1,6 @@
 #include "curves/intersections_kernel.hpp"
 
-namespace ostrel {
+namespace ostrel::kernel {
 
 namespace {
 
@@ -94,4 +94,4 @@ OnSegment point_on_bounded_line(Vec3 point, const Segment& line, Tolerance modul
   return magnitude(v) < magnitude(direction) ? OnSegment::within : OnSegment::outside;
 }
 
-}  // namespace ostrel
+}  // namespace ostrel::kernel

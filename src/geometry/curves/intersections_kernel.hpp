@@ -9,7 +9,7 @@
 
 #include "curves/line_kernel.hpp"
 
-namespace ostrel {
+namespace ostrel::kernel {
 
 // _between_bounds: a value close to a bound (abs_tol=ISCLOSE_ATOL alone) is at the
 // bound; else it is inside when strictly between them, in either order. NaN is outside.
@@ -60,4 +60,4 @@ Crossing intersection_bounded_lines(const Segment& line1, const Segment& line2, 
 enum class OnSegment { outside, within, at_end };
 OnSegment point_on_bounded_line(Vec3 point, const Segment& line, Tolerance module);
 
-}  // namespace ostrel
+}  // namespace ostrel::kernel

@@ -2,9 +2,9 @@
 
 #include <limits>
 
-#include "foundations/overlap.hpp"
+#include "foundations/overlap_kernel.hpp"
 
-namespace ostrel {
+namespace ostrel::kernel {
 
 namespace {
 
@@ -63,4 +63,4 @@ Overlap find_overlap(const Segment& self, const Segment& other, bool inclusive, 
   return overlap_of(along(*x, self.end.x - self.start.x), along(*y, self.end.y - self.start.y), t.module);
 }
 
-}  // namespace ostrel
+}  // namespace ostrel::kernel

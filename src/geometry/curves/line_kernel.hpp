@@ -5,20 +5,13 @@
 
 #include <optional>
 
-#include "foundations/coincidence.hpp"
-#include "foundations/float_arithmetic.hpp"
+#include "foundations/vec3_kernel.hpp"
 
-namespace ostrel {
+namespace ostrel::kernel {
 
 // A directed segment, from start to end.
 struct Segment {
   Vec3 start, end;
-};
-
-// The module's two tolerance forms, as one call read them.
-struct Tolerances {
-  Tolerance module;  // rel_tol=ISCLOSE_RTOL, abs_tol=ISCLOSE_ATOL
-  Tolerance abs;     // abs_tol=ISCLOSE_ATOL alone
 };
 
 // Line.horizontal and Line.vertical: plain math.isclose, abs_tol 0.0, on purpose.
@@ -52,4 +45,4 @@ struct Overlap {
 // Line.find_overlap of two segments, `inclusive` as the interval overlap takes it.
 Overlap find_overlap(const Segment& self, const Segment& other, bool inclusive, const Tolerances& t);
 
-}  // namespace ostrel
+}  // namespace ostrel::kernel

@@ -4,7 +4,6 @@
 #include "exchange/gltf.hpp"
 
 #include "module/class_builder.hpp"
-#include "module/definitions.hpp"
 #include "module/globals.hpp"
 #include "module/objects.hpp"
 
@@ -46,8 +45,9 @@ Ref add_to_scene(PyObject* scene, PyObject* geometry, PyObject* transform, PyObj
 
 namespace {
 
+enum class AddGeometryToScene { scene, geometry, name, transform };
 Ref add_geometry_to_scene(const Args& a) {
-  PyObject *scene = a[0], *geometry = a[1], *name = a[2], *transform = a[3];
+  PyObject *scene = a[AddGeometryToScene::scene], *geometry = a[AddGeometryToScene::geometry], *name = a[AddGeometryToScene::name], *transform = a[AddGeometryToScene::transform];
   Ref scene_class = getattr(global<"trimesh">().get(), id<"Scene">());
   if (isinstance(geometry, scene_class.get())) {
     Ref scene_geometry = getattr(scene, id<"geometry">());
@@ -74,6 +74,9 @@ Ref add_geometry_to_scene(const Args& a) {
            {node_data_keyword(), extras.get()}});
   return n;
 }
+constexpr Member add_geometry_to_scene_member = static_method("add_geometry_to_scene", "(scene: trimesh.Scene, geometry: trimesh.parent.Geometry3D, *, name: str, "
+                     "transform: np.ndarray = None) -> str", add_geometry_to_scene, "Put a geometry or a nested scene below the base frame of `scene`, marked with `name` in "
+                     "its node extras; return the name of the new node.");
 
 // `with file.open_binary() as w: w.write(content)`, with the context manager protocol's
 // handling of an exception raised inside the block.
@@ -99,8 +102,9 @@ void write_binary(PyObject* file, PyObject* content) {
   call(exit.get(), {manager.get(), Py_None, Py_None, Py_None});
 }
 
+enum class ToGltf { cls, objects };
 Ref to_gltf(const Args& a) {
-  PyObject *cls = a[0], *objects = a[1];
+  PyObject *cls = a[ToGltf::cls], *objects = a[ToGltf::objects];
   Ref logger = global<"trimesh_logger">();
   setattr(logger.get(), id<"disabled">(), Py_True);
   Ref scene = new_scene();
@@ -120,20 +124,13 @@ Ref to_gltf(const Args& a) {
   setattr(logger.get(), id<"disabled">(), Py_False);
   return file;
 }
+constexpr Member to_gltf_member = class_method("to_gltf", "(*objects: TransformableObject) -> File", to_gltf, "Export the objects as one GLB file, held in a new File.");
 
 }  // namespace
 
 void define_gltf() {
-  ClassBuilder("_GLTF", {}, "Export of scene objects as one binary glTF (GLB) file.")
-      .static_method("add_geometry_to_scene",
-                     "(scene: trimesh.Scene, geometry: trimesh.parent.Geometry3D, *, name: str, "
-                     "transform: np.ndarray = None) -> str",
-                     add_geometry_to_scene,
-                     "Put a geometry or a nested scene below the base frame of `scene`, marked with `name` in "
-                     "its node extras; return the name of the new node.")
-      .class_method("to_gltf", "(*objects: TransformableObject) -> File", to_gltf,
-                    "Export the objects as one GLB file, held in a new File.")
-      .build();
+  define_class("_GLTF", {}, "Export of scene objects as one binary glTF (GLB) file.",
+      {add_geometry_to_scene_member, to_gltf_member});
 }
 
 }  // namespace ostrel

@@ -2,14 +2,14 @@
 // taken relative to the last one, with NumPy's default tolerance.
 #include "foundations/numpy_calls.hpp"
 #include "module/class_builder.hpp"
-#include "module/definitions.hpp"
 
 namespace ostrel {
 
 namespace {
 
+enum class PointsAreCoplanar { points };
 Ref points_are_coplanar(const Args& a) {
-  PyObject* points = a[0];
+  PyObject* points = a[PointsAreCoplanar::points];
   const Py_ssize_t count = PyObject_Size(points);
   if (count < 0) throw PyError{};
   if (count < 3) raise(PyExc_ValueError, "Need at least 3 points");
@@ -36,24 +36,24 @@ Ref points_are_coplanar(const Args& a) {
   Ref two = new_int(2);
   return check(PyObject_RichCompare(rank.get(), two.get(), Py_LE));  // NumPy's bool
 }
+constexpr Member points_are_coplanar_member = function("points_are_coplanar", "(points: Sequence[Point-like]) -> bool", points_are_coplanar, "Whether the points lie in one plane; three points always do. Needs at least three.");
 
+enum class LinesInSamePlane { line1, line2 };
 Ref lines_in_same_plane(const Args& a) {
   Ref coplanar = global<"points_are_coplanar">();
-  Ref s1 = getattr(a[0], id<"start_point">());
-  Ref e1 = getattr(a[0], id<"end_point">());
-  Ref s2 = getattr(a[1], id<"start_point">());
-  Ref e2 = getattr(a[1], id<"end_point">());
+  Ref s1 = getattr(a[LinesInSamePlane::line1], id<"start_point">());
+  Ref e1 = getattr(a[LinesInSamePlane::line1], id<"end_point">());
+  Ref s2 = getattr(a[LinesInSamePlane::line2], id<"start_point">());
+  Ref e2 = getattr(a[LinesInSamePlane::line2], id<"end_point">());
   Ref ends = list({s1.get(), e1.get(), s2.get(), e2.get()});
   return call(coplanar.get(), {ends.get()});
 }
+constexpr Member lines_in_same_plane_member = function("lines_in_same_plane", "(line1: Line, line2: Line) -> bool", lines_in_same_plane, "Whether the start and end points of the two lines lie in one plane.");
 
 }  // namespace
 
 void define_coplanarity() {
-  define_function("points_are_coplanar", "(points: Sequence[Point-like]) -> bool", points_are_coplanar,
-                  "Whether the points lie in one plane; three points always do. Needs at least three.");
-  define_function("lines_in_same_plane", "(line1: Line, line2: Line) -> bool", lines_in_same_plane,
-                  "Whether the start and end points of the two lines lie in one plane.");
+  for (const Member& m : {points_are_coplanar_member, lines_in_same_plane_member}) define_function(m);
 }
 
 }  // namespace ostrel

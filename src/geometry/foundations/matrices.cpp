@@ -2,9 +2,9 @@
 // column vectors: a point [x, y, z, 1] is multiplied from the right. They are built
 // through NumPy step by step, so that results and errors for odd input are NumPy's.
 #include "foundations/arrays.hpp"
+#include "foundations/float_kernel.hpp"
 #include "foundations/numpy_calls.hpp"
 #include "module/class_builder.hpp"
-#include "module/definitions.hpp"
 
 namespace ostrel {
 
@@ -31,16 +31,19 @@ Ref upper_left_key() {
   return tuple({rows.get(), columns.get()});
 }
 
+enum class TranslationMatrix { direction };
 Ref translation_matrix(const Args& a) {
-  Ref direction = vector_like(a[0]);
+  Ref direction = vector_like(a[TranslationMatrix::direction]);
   Ref matrix = identity4();
   Ref key = last_column_key();
   assign(matrix.get(), key.get(), direction.get());
   return matrix;
 }
+constexpr Member translation_matrix_member = function("translation_matrix", "(direction: Vector-like) -> np.ndarray", translation_matrix, "The 4x4 matrix that translates by `direction`, a Vector or three numbers.");
 
+enum class ScalingMatrix { scaling_vector };
 Ref scaling_matrix(const Args& a) {
-  Ref scaling_vector = vector_like(a[0]);
+  Ref scaling_vector = vector_like(a[ScalingMatrix::scaling_vector]);
   Ref four = new_int(4);
   Ref shape = tuple({four.get(), four.get()});
   Ref matrix = call(np_attr<"zeros">().get(), {shape.get()});
@@ -55,15 +58,17 @@ Ref scaling_matrix(const Args& a) {
   assign(matrix.get(), key.get(), one.get());
   return matrix;
 }
+constexpr Member scaling_matrix_member = function("scaling_matrix", "(scaling_vector: Vector-like) -> np.ndarray", scaling_matrix, "The 4x4 matrix that scales along x, y and z by the three factors of `scaling_vector`.");
 
 // Rodrigues' formula: cos(a) I + (1 - cos(a)) u u^T + sin(a) [u]x, with the axis made
 // unit first; through `point`, the translation keeps that point in place.
+enum class RotationMatrix { angle, direction, point };
 Ref rotation_matrix(const Args& a) {
-  Ref direction = vector_like(a[1]);
-  PyObject* point = a[2];
-  const double angle = a.num(0);
-  const double sina = math_sin(angle);
-  const double cosa = math_cos(angle);
+  Ref direction = vector_like(a[RotationMatrix::direction]);
+  PyObject* point = a[RotationMatrix::point];
+  const double angle = a.num(RotationMatrix::angle);
+  const double sina = kernel::math_sin(angle);
+  const double cosa = kernel::math_cos(angle);
 
   Ref unit_vector = global<"unit_vector">();
   Ref head = slice_to(3);
@@ -115,12 +120,15 @@ Ref rotation_matrix(const Args& a) {
   }
   return matrix;
 }
+constexpr Member rotation_matrix_member = function("rotation_matrix", "(angle: float, direction: Vector-like, point: Point-like = None) -> np.ndarray", rotation_matrix, "The 4x4 matrix that rotates by `angle` radians, right-handed, about the axis `direction`\n"
+                  "through the origin or through `point`.");
 
 // I - 2 n n^T with n made unit, and the translation 2 (p . n) n that puts the plane
 // through `point`.
+enum class ReflectionMatrix { point, normal };
 Ref reflection_matrix(const Args& a) {
-  PyObject* point = a[0];
-  Ref given = vector_like(a[1]);
+  PyObject* point = a[ReflectionMatrix::point];
+  Ref given = vector_like(a[ReflectionMatrix::normal]);
   Ref unit_vector = global<"unit_vector">();
   Ref normal = call(unit_vector.get(), {given.get()});
   Ref matrix = identity4();
@@ -142,21 +150,13 @@ Ref reflection_matrix(const Args& a) {
   assign(matrix.get(), column.get(), shift.get());
   return matrix;
 }
+constexpr Member reflection_matrix_member = function("reflection_matrix", "(point: Point-like, normal: Vector-like) -> np.ndarray", reflection_matrix, "The 4x4 matrix that mirrors in the plane through `point` with normal `normal`; the\n"
+                  "normal need not have unit length.");
 
 }  // namespace
 
 void define_matrices() {
-  define_function("translation_matrix", "(direction: Vector-like) -> np.ndarray", translation_matrix,
-                  "The 4x4 matrix that translates by `direction`, a Vector or three numbers.");
-  define_function("scaling_matrix", "(scaling_vector: Vector-like) -> np.ndarray", scaling_matrix,
-                  "The 4x4 matrix that scales along x, y and z by the three factors of `scaling_vector`.");
-  define_function("rotation_matrix", "(angle: float, direction: Vector-like, point: Point-like = None) -> np.ndarray",
-                  rotation_matrix,
-                  "The 4x4 matrix that rotates by `angle` radians, right-handed, about the axis `direction`\n"
-                  "through the origin or through `point`.");
-  define_function("reflection_matrix", "(point: Point-like, normal: Vector-like) -> np.ndarray", reflection_matrix,
-                  "The 4x4 matrix that mirrors in the plane through `point` with normal `normal`; the\n"
-                  "normal need not have unit length.");
+  for (const Member& m : {translation_matrix_member, scaling_matrix_member, rotation_matrix_member, reflection_matrix_member}) define_function(m);
 }
 
 }  // namespace ostrel

@@ -1,40 +1,20 @@
 // circumference_is_clockwise: the orientation of a closed ring of Points in the xy
 // plane. A ring of plain Points (a list or tuple) is read once into doubles and summed
 // by the kernel; anything else, or a replaced _current_next, is walked as Python would.
-#include "foundations/orientation.hpp"
+#include "foundations/orientation_kernel.hpp"
+#include "foundations/point.hpp"
 
 #include <vector>
 
 #include "foundations/current_next.hpp"
 #include "foundations/tolerance.hpp"
 #include "module/class_builder.hpp"
-#include "module/definitions.hpp"
 #include "module/globals.hpp"
 #include "module/objects.hpp"
 
 namespace ostrel {
 
 namespace {
-
-// The coordinates of an instance of Point itself whose _x, _y and _z are floats in its
-// dict: what its properties x, y and z would give. False for anything else.
-bool read_plain_point(PyObject* o, PyObject* point_class, Vec3& out) {
-  if (reinterpret_cast<PyObject*>(Py_TYPE(o)) != point_class) return false;
-  Ref dict = check(PyObject_GenericGetDict(o, nullptr));
-  double values[3];
-  PyObject* const names[] = {id<"_x">(), id<"_y">(), id<"_z">()};
-  for (int i = 0; i < 3; ++i) {
-    PyObject* value = PyDict_GetItemWithError(dict.get(), names[i]);  // borrowed
-    if (!value) {
-      if (PyErr_Occurred()) throw PyError{};
-      return false;
-    }
-    if (!PyFloat_CheckExact(value)) return false;
-    values[i] = PyFloat_AS_DOUBLE(value);
-  }
-  out = {values[0], values[1], values[2]};
-  return true;
-}
 
 // total += (next.x - current.x) * (next.y + current.y) over the pairs `pairs` yields,
 // in the host's arithmetic; returns `total >= 0` as that arithmetic gives it.
@@ -57,8 +37,9 @@ Ref python_orientation(PyObject* pairs) {
   return check(PyObject_RichCompare(total.get(), zero.get(), Py_GE));
 }
 
+enum class CircumferenceIsClockwise { circumference };
 Ref circumference_is_clockwise(const Args& a) {
-  PyObject* circumference = a[0];
+  PyObject* circumference = a[CircumferenceIsClockwise::circumference];
   Ref first = getitem(circumference, 0), last = getitem(circumference, -1);
   Ref closed = check(PyObject_RichCompare(first.get(), last.get(), Py_EQ));
   if (!truth(closed.get())) raise(PyExc_ValueError, "Startpoint is not equal to endpoint");
@@ -66,36 +47,35 @@ Ref circumference_is_clockwise(const Args& a) {
   Ref current_next = global<"_current_next">();
   bool native = (PyList_CheckExact(circumference) || PyTuple_CheckExact(circumference)) &&
                 is_own_current_next(current_next.get());
-  Ref point_class = global<"Point">();
   std::vector<Vec3> ring;
   Ref it = check(PyObject_GetIter(circumference));
   while (Ref point = Ref::steal(PyIter_Next(it.get()))) {
-    Vec3 p;
     double z;
-    if (native && read_plain_point(point.get(), point_class.get(), p)) {
-      ring.push_back(p);
-      z = p.z;
+    const auto p = native ? read_point(point.get()) : std::nullopt;
+    if (p) {
+      ring.push_back(*p);
+      z = p->z;
     } else {
       native = false;
       Ref value = getattr(point.get(), id<"z">());
       z = as_double(value.get());
     }
     // With no absolute tolerance, only a z of exactly zero passes.
-    if (!isclose(z, 0.0, plain_tolerance)) raise(PyExc_ValueError, "Points should line in x,y-plane");
+    if (!kernel::isclose(z, 0.0, kernel::plain_tolerance)) raise(PyExc_ValueError, "Points should line in x,y-plane");
   }
   if (PyErr_Occurred()) throw PyError{};
 
-  if (native) return boolean(ostrel::circumference_is_clockwise(ring));
+  if (native) return boolean(kernel::circumference_is_clockwise(ring));
   Ref pairs = call(current_next.get(), {circumference});
   return python_orientation(pairs.get());
 }
+constexpr Member circumference_is_clockwise_member = function("circumference_is_clockwise", "(circumference: List[Point]) -> bool", circumference_is_clockwise, "Whether a closed ring of points in the xy plane (last point equal to the first) runs\n"
+                  "clockwise; a ring of zero area counts as clockwise.");
 
 }  // namespace
 
 void define_orientation() {
-  define_function("circumference_is_clockwise", "(circumference: List[Point]) -> bool", circumference_is_clockwise,
-                  "Whether a closed ring of points in the xy plane (last point equal to the first) runs\n"
-                  "clockwise; a ring of zero area counts as clockwise.");
+  for (const Member& m : {circumference_is_clockwise_member}) define_function(m);
 }
 
 }  // namespace ostrel

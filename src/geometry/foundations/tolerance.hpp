@@ -1,29 +1,23 @@
-// Float comparison with tolerance. The module uses three forms on purpose and they do
-// not agree near zero, so each call site names the form it uses:
-//   module_tolerance()  both module tolerances, ISCLOSE_RTOL and ISCLOSE_ATOL
-//   abs_tolerance()     abs_tol=ISCLOSE_ATOL alone, rel_tol left at 1e-9
-//   plain_tolerance     no tolerance arguments: rel_tol 1e-9, abs_tol 0
+// The module tolerances ISCLOSE_RTOL and ISCLOSE_ATOL, read from the module globals at
+// the moment of the call, for the three tolerance forms of foundations/float_kernel.hpp.
 #pragma once
+
+#include <optional>
+
+#include "foundations/float_kernel.hpp"
 
 namespace ostrel {
 
-struct Tolerance {
-  double rel;
-  double abs;
-};
+// rel_tol=ISCLOSE_RTOL, abs_tol=ISCLOSE_ATOL, as a documented step reads them: each
+// through the float conversion; a negative value raises the ValueError of math.isclose.
+kernel::Tolerance module_tolerance();
 
-// math.isclose, exactly: infinities are close only to themselves, NaN to nothing.
-inline bool isclose(double a, double b, Tolerance t) {
-  if (a == b) return true;
-  if (__builtin_isinf(a) || __builtin_isinf(b)) return false;
-  const double diff = __builtin_fabs(b - a);
-  return diff <= __builtin_fabs(t.rel * b) || diff <= __builtin_fabs(t.rel * a) || diff <= t.abs;
-}
+// abs_tol=ISCLOSE_ATOL alone, rel_tol 1e-9; read and checked likewise.
+kernel::Tolerance abs_tolerance();
 
-// Read from the module globals at the moment of the call; a negative value raises the
-// ValueError of math.isclose.
-Tolerance module_tolerance();
-Tolerance abs_tolerance();
-inline constexpr Tolerance plain_tolerance{1e-9, 0.0};
+// Both forms for a native path: only where both globals are floats or ints that
+// math.isclose accepts, so that reading them runs no code and raises nothing, and every
+// step of the documented path would read the same values. Nothing otherwise.
+std::optional<kernel::Tolerances> native_tolerances();
 
 }  // namespace ostrel

@@ -1,16 +1,17 @@
 // unit_vector: an array normalised to unit length along an axis, as a new array or in
 // place in `out`. A zero length is not guarded: NumPy divides and gives NaN with its
 // runtime warning.
+#include "foundations/float_kernel.hpp"
 #include "foundations/numpy_calls.hpp"
 #include "module/class_builder.hpp"
-#include "module/definitions.hpp"
 
 namespace ostrel {
 
 namespace {
 
+enum class UnitVector { data, axis, out };
 Ref unit_vector(const Args& a) {
-  PyObject *given = a[0], *axis = a[1], *out = a[2];
+  PyObject *given = a[UnitVector::data], *axis = a[UnitVector::axis], *out = a[UnitVector::out];
   Ref data;
   if (out == Py_None) {
     Ref array = np_attr<"array">();
@@ -21,7 +22,7 @@ Ref unit_vector(const Args& a) {
     if (check(PyObject_RichCompareBool(ndim.get(), one.get(), Py_EQ))) {
       // A single vector: divided by the host's sqrt of its dot product with itself.
       Ref squared = call(np_attr<"dot">().get(), {data.get(), data.get()});
-      Ref length = new_float(math_sqrt(as_double(squared.get())));
+      Ref length = new_float(kernel::math_sqrt(as_double(squared.get())));
       return check(PyNumber_InPlaceTrueDivide(data.get(), length.get()));
     }
   } else {
@@ -45,13 +46,13 @@ Ref unit_vector(const Args& a) {
   if (out == Py_None) return data;
   return none();
 }
+constexpr Member unit_vector_member = function("unit_vector", "(data: Any, axis: int = None, out: Any = None) -> np.ndarray", unit_vector, "`data` divided by its length along `axis` (the whole array when axis is None, the\n"
+                  "vector itself for 1-D data). Returns a new array, or None after writing into `out`.");
 
 }  // namespace
 
 void define_unit_vector() {
-  define_function("unit_vector", "(data: Any, axis: int = None, out: Any = None) -> np.ndarray", unit_vector,
-                  "`data` divided by its length along `axis` (the whole array when axis is None, the\n"
-                  "vector itself for 1-D data). Returns a new array, or None after writing into `out`.");
+  for (const Member& m : {unit_vector_member}) define_function(m);
 }
 
 }  // namespace ostrel

@@ -5,19 +5,18 @@
 #include "foundations/vector.hpp"
 
 #include "foundations/coordinate_fields.hpp"
-#include "module/class_builder.hpp"
-#include "module/definitions.hpp"
-#include "module/globals.hpp"
-#include "module/objects.hpp"
 
 namespace ostrel {
 
 namespace {
 
 using F = VectorFields;
+using kernel::Vec3;
 constexpr auto x_of = F::x_of, y_of = F::y_of, z_of = F::z_of;
-constexpr auto floats_of = F::floats_of;
 const ClassGuard& guard = F::guard;
+
+// The parameters of the binary operations.
+enum class Other { self, other };
 
 // A float object of `o`'s value, as the constructor stores it.
 Ref as_float(PyObject* o) { return PyFloat_CheckExact(o) ? Ref::borrow(o) : new_float(as_double(o)); }
@@ -29,8 +28,6 @@ Ref make_like(PyObject* self, PyObject* x, PyObject* y, PyObject* z) {
   return new_instance(guard, {{id<"x">(), fx.get()}, {id<"y">(), fy.get()}, {id<"z">(), fz.get()}});
 }
 
-Ref new_vector(double x, double y, double z) { return F::fresh(x, y, z); }
-
 double plus(double a, double b) { return a + b; }
 double minus(double a, double b) { return a - b; }
 
@@ -38,9 +35,10 @@ Ref repr(const Args& a) {
   Ref x = x_of(a.self()), y = y_of(a.self()), z = z_of(a.self());
   return check(PyUnicode_FromFormat("Vector(%S, %S, %S)", x.get(), y.get(), z.get()));
 }
+constexpr Member repr_member = method("__repr__", "() -> str", repr, "Vector(x, y, z).");
 
 Ref negative(const Args& a) {
-  if (double c[3]; floats_of(a.self(), c)) return new_vector(-c[0], -c[1], -c[2]);
+  if (const auto c = F::read(a.self())) return F::fresh({-c->x, -c->y, -c->z});
   Ref x = x_of(a.self());
   Ref nx = neg(x.get());
   Ref y = y_of(a.self());
@@ -49,14 +47,14 @@ Ref negative(const Args& a) {
   Ref nz = neg(z.get());
   return make_like(a.self(), nx.get(), ny.get(), nz.get());
 }
+constexpr Member negative_member = method("__neg__", "() -> Vector", negative, "The opposite vector.");
 
 // self.c <op> other.c for each coordinate, read and computed in the order written.
 template <Ref (*op)(PyObject*, PyObject*), double (*op_double)(double, double)>
 Ref componentwise(const Args& a) {
-  PyObject *self = a.self(), *other = a[1];
-  double s[3], o[3];
-  if (floats_of(self, s) && floats_of(other, o))
-    return new_vector(op_double(s[0], o[0]), op_double(s[1], o[1]), op_double(s[2], o[2]));
+  PyObject *self = a.self(), *other = a[Other::other];
+  if (const auto s = F::read(self))
+    if (const auto o = F::read(other)) return F::fresh({op_double(s->x, o->x), op_double(s->y, o->y), op_double(s->z, o->z)});
   Ref sx = x_of(self), ox = x_of(other);
   Ref x = op(sx.get(), ox.get());
   Ref sy = y_of(self), oy = y_of(other);
@@ -65,11 +63,14 @@ Ref componentwise(const Args& a) {
   Ref z = op(sz.get(), oz.get());
   return make_like(self, x.get(), y.get(), z.get());
 }
+constexpr Member add_member = method("__add__", "(other: Vector) -> Vector", componentwise<add, plus>, "Sum of two vectors.");
+constexpr Member sub_member =
+    method("__sub__", "(other: Vector) -> Vector", componentwise<sub, minus>, "Difference of two vectors.");
 
 Ref multiply(const Args& a) {
-  const double f = a.num(1);
-  if (double c[3]; floats_of(a.self(), c)) return new_vector(c[0] * f, c[1] * f, c[2] * f);
-  Ref factor = new_float(a.num(1));
+  const double f = a.num(Other::other);
+  if (const auto c = F::read(a.self())) return F::fresh({c->x * f, c->y * f, c->z * f});
+  Ref factor = new_float(f);
   Ref sx = x_of(a.self());
   Ref x = mul(sx.get(), factor.get());
   Ref sy = y_of(a.self());
@@ -78,49 +79,46 @@ Ref multiply(const Args& a) {
   Ref z = mul(sz.get(), factor.get());
   return make_like(a.self(), x.get(), y.get(), z.get());
 }
+constexpr Member multiply_member = method("__mul__", "(other: float) -> Vector", multiply, "The vector scaled by a number.");
 
 Ref rmultiply(const Args& a) {
   if (guard.admits(a.self())) return multiply(a);  // __mul__ is still the module's own
-  Ref factor = new_float(a.num(1));
+  Ref factor = new_float(a.num(Other::other));
   return call_method(a.self(), id<"__mul__">(), {factor.get()});
 }
-
-double squared_magnitude_of(const double* c) {
-  return float_pow(c[0], 2.0) + float_pow(c[1], 2.0) + float_pow(c[2], 2.0);
-}
+constexpr Member rmultiply_member =
+    method("__rmul__", "(other: float) -> Vector", rmultiply, "The vector scaled by a number.");
 
 Ref squared_magnitude(const Args& a) {
-  if (double c[3]; floats_of(a.self(), c)) return new_float(squared_magnitude_of(c));
+  if (const auto c = F::read(a.self())) return new_float(kernel::squared_magnitude(*c));
   Ref x = x_of(a.self());
-  Ref x2 = square(x.get());
+  Ref x2 = power(x.get(), 2);
   Ref y = y_of(a.self());
-  Ref y2 = square(y.get());
+  Ref y2 = power(y.get(), 2);
   Ref xy = add(x2.get(), y2.get());
   Ref z = z_of(a.self());
-  Ref z2 = square(z.get());
+  Ref z2 = power(z.get(), 2);
   return add(xy.get(), z2.get());
 }
+constexpr Member squared_magnitude_member =
+    property("squared_magnitude", "() -> float", squared_magnitude, "x**2 + y**2 + z**2.");
 
 Ref magnitude(const Args& a) {
-  if (double c[3]; floats_of(a.self(), c)) return new_float(math_sqrt(squared_magnitude_of(c)));
+  if (const auto c = F::read(a.self())) return new_float(kernel::magnitude(*c));
   Ref squared = getattr(a.self(), id<"squared_magnitude">());
-  return new_float(math_sqrt(as_double(squared.get())));
+  return new_float(kernel::math_sqrt(as_double(squared.get())));
 }
+constexpr Member magnitude_member = property("magnitude", "() -> float", magnitude, "Length of the vector.");
 
 Ref coordinates(const Args& a) {
   Ref x = x_of(a.self()), y = y_of(a.self()), z = z_of(a.self());
   return tuple({x.get(), y.get(), z.get()});
 }
+constexpr Member coordinates_member =
+    property("coordinates", "() -> Tuple[float, float, float]", coordinates, "The tuple (x, y, z).");
 
 Ref normalize(const Args& a) {
-  if (double c[3]; floats_of(a.self(), c)) {
-    const double magnitude = math_sqrt(squared_magnitude_of(c));
-    if (magnitude == 0.0) {
-      PyErr_SetString(PyExc_ZeroDivisionError, "float division by zero");
-      raise_from(PyExc_ValueError, "Null vector can't be normalized");
-    }
-    return new_vector(c[0] / magnitude, c[1] / magnitude, c[2] / magnitude);
-  }
+  if (const auto c = F::read(a.self())) return F::fresh(kernel::normalize(*c));
   Ref magnitude = getattr(a.self(), id<"magnitude">());
   try {
     Ref x = x_of(a.self());
@@ -135,11 +133,13 @@ Ref normalize(const Args& a) {
     raise_from(PyExc_ValueError, "Null vector can't be normalized");
   }
 }
+constexpr Member normalize_member = method("normalize", "() -> Vector", normalize,
+                                           "The vector of length one in the same direction; ValueError for a null vector.");
 
 Ref dot(const Args& a) {
-  PyObject *self = a.self(), *other = a[1];
-  double s[3], o[3];
-  if (floats_of(self, s) && floats_of(other, o)) return new_float(s[0] * o[0] + s[1] * o[1] + s[2] * o[2]);
+  PyObject *self = a.self(), *other = a[Other::other];
+  if (const auto s = F::read(self))
+    if (const auto o = F::read(other)) return new_float(s->x * o->x + s->y * o->y + s->z * o->z);
   Ref sx = x_of(self), ox = x_of(other);
   Ref xx = mul(sx.get(), ox.get());
   Ref sy = y_of(self), oy = y_of(other);
@@ -149,6 +149,7 @@ Ref dot(const Args& a) {
   Ref zz = mul(sz.get(), oz.get());
   return add(partial.get(), zz.get());
 }
+constexpr Member dot_member = method("dot", "(other: Vector) -> float", dot, "Dot product with another vector.");
 
 // p * q - r * s, with p, q, r, s read in that order.
 Ref difference_of_products(PyObject* first, Ref (*p)(PyObject*), PyObject* second, Ref (*q)(PyObject*),
@@ -161,48 +162,39 @@ Ref difference_of_products(PyObject* first, Ref (*p)(PyObject*), PyObject* secon
 }
 
 Ref cross(const Args& a) {
-  PyObject *self = a.self(), *other = a[1];
-  double s[3], o[3];
-  if (floats_of(self, s) && floats_of(other, o))
-    return new_vector(s[1] * o[2] - s[2] * o[1], s[2] * o[0] - s[0] * o[2], s[0] * o[1] - s[1] * o[0]);
+  PyObject *self = a.self(), *other = a[Other::other];
+  if (const auto s = F::read(self))
+    if (const auto o = F::read(other))
+      return F::fresh({s->y * o->z - s->z * o->y, s->z * o->x - s->x * o->z, s->x * o->y - s->y * o->x});
   Ref x = difference_of_products(self, y_of, other, z_of, z_of, y_of);
   Ref y = difference_of_products(self, z_of, other, x_of, x_of, z_of);
   Ref z = difference_of_products(self, x_of, other, y_of, y_of, x_of);
   return make_like(self, x.get(), y.get(), z.get());
 }
+constexpr Member cross_member = method("cross", "(other: Vector) -> Vector", cross, "Cross product with another vector.");
 
 }  // namespace
 
 const ClassGuard& vector_class() { return F::guard; }
-Ref make_vector(double x, double y, double z) { return F::make(x, y, z); }
-Vec3 vector_coordinates(PyObject* vector) { return F::coordinates(vector); }
+const Natives& vector_natives() { return F::natives; }
+std::optional<Vec3> read_vector(PyObject* vector) { return F::read(vector); }
+Ref make_vector(Vec3 v) { return F::make(v); }
 
 void define_vector() {
-  Ref cls = ClassBuilder("Vector", {},
+  define_class("Vector", {},
                "A free vector in 3D space with public, writable coordinates x, y and z.\n\n"
                "Supports negation (-v), addition (v + w), subtraction (v - w), multiplication\n"
                "and reverse multiplication by a number (v * 2, 2 * v), the dot product v.dot(w)\n"
-               "and the cross product v.cross(w). Equality is by tolerance.")
-      .method("__init__", "(x: float, y: float, z: float = 0.0)", F::init,
-              "Make a vector from its coordinates; z defaults to 0.0.")
-      .method("__getitem__", "(index: int) -> float", F::get_coordinate, "Coordinate 0, 1 or 2; negative indices do not wrap.")
-      .method("__iter__", "() -> Iterator", F::iter, "Iterate over x, y and z.")
-      .method("__eq__", "(other: object) -> bool", F::eq, "Equal by tolerance to another Vector.")
-      .method("__repr__", "() -> str", repr, "Vector(x, y, z).")
-      .method("__neg__", "() -> Vector", negative, "The opposite vector.")
-      .method("__add__", "(other: Vector) -> Vector", componentwise<add, plus>, "Sum of two vectors.")
-      .method("__sub__", "(other: Vector) -> Vector", componentwise<sub, minus>, "Difference of two vectors.")
-      .method("__mul__", "(other: float) -> Vector", multiply, "The vector scaled by a number.")
-      .method("__rmul__", "(other: float) -> Vector", rmultiply, "The vector scaled by a number.")
-      .property("squared_magnitude", "() -> float", squared_magnitude, "x**2 + y**2 + z**2.")
-      .property("magnitude", "() -> float", magnitude, "Length of the vector.")
-      .property("coordinates", "() -> Tuple[float, float, float]", coordinates, "The tuple (x, y, z).")
-      .method("normalize", "() -> Vector", normalize,
-              "The vector of length one in the same direction; ValueError for a null vector.")
-      .method("dot", "(other: Vector) -> float", dot, "Dot product with another vector.")
-      .method("cross", "(other: Vector) -> Vector", cross, "Cross product with another vector.")
-      .build();
-  F::guard.set(cls.get());
+               "and the cross product v.cross(w). Equality is by tolerance.",
+               {method("__init__", F::init_signature, F::init, "Make a vector from its coordinates; z defaults to 0.0."),
+                method("__getitem__", F::getitem_signature, F::get_coordinate,
+                       "Coordinate 0, 1 or 2; negative indices do not wrap."),
+                method("__iter__", F::iter_signature, F::iter, "Iterate over x, y and z."),
+                method("__eq__", F::eq_signature, F::eq, "Equal by tolerance to another Vector."),
+                repr_member, negative_member, add_member, sub_member, multiply_member, rmultiply_member,
+                squared_magnitude_member, magnitude_member, coordinates_member, normalize_member, dot_member,
+                cross_member},
+               &F::guard);
 }
 
 }  // namespace ostrel

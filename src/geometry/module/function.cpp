@@ -4,8 +4,10 @@
 #include <memory>
 #include <structmember.h>
 
+#include "module/boundary.hpp"
 #include "module/globals.hpp"
 #include "module/objects.hpp"
+#include "module/recursion.hpp"
 
 namespace ostrel {
 
@@ -31,26 +33,17 @@ Function* as_function(PyObject* o) { return reinterpret_cast<Function*>(o); }
 
 PyObject* function_vectorcall(PyObject* callable, PyObject* const* args, size_t nargsf, PyObject* kwnames) {
   Function* f = as_function(callable);
-  try {
+  return enter([&] {
+    // A native function is a frame of its own, as a Python function is: calls that
+    // reach it again count against the recursion limit.
+    RecursionLevel level;
     Args parsed;
     parse_arguments(*f->signature, f->name, args, PyVectorcall_NARGS(nargsf), kwnames, parsed);
     Ref result = f->body(parsed);
-    if (!result) {
-      if (!PyErr_Occurred()) PyErr_SetString(PyExc_SystemError, "function returned no result");
-      return nullptr;
-    }
-    if (f->signature->returns_str && result.get() != Py_None && !PyUnicode_CheckExact(result.get()))
+    if (result && f->signature->returns_str && result.get() != Py_None && !PyUnicode_CheckExact(result.get()))
       raise_format(PyExc_TypeError, "Expected %.16s, got %.200s", "unicode", Py_TYPE(result.get())->tp_name);
-    return result.release();
-  } catch (const PyError&) {
-    return nullptr;
-  } catch (const std::bad_alloc&) {
-    PyErr_NoMemory();
-    return nullptr;
-  } catch (const std::exception& e) {
-    PyErr_SetString(PyExc_SystemError, e.what());
-    return nullptr;
-  }
+    return result;
+  });
 }
 
 // Bound to an instance it becomes a method, as a Python function does.
@@ -91,17 +84,8 @@ PyObject* function_repr(PyObject* self) {
   return PyUnicode_FromFormat("<function %U at %p>", as_function(self)->qualname, self);
 }
 
-template <typename F>
-PyObject* guarded(F f) {
-  try {
-    return f().release();
-  } catch (const PyError&) {
-    return nullptr;
-  }
-}
-
 PyObject* get_defaults(PyObject* self, void*) {
-  return guarded([&] {
+  return enter([&] {
     const Signature& sig = *as_function(self)->signature;
     Ref values = check(PyList_New(0));
     for (Py_ssize_t i = 0; i < sig.positional; ++i)
@@ -112,7 +96,7 @@ PyObject* get_defaults(PyObject* self, void*) {
 }
 
 PyObject* get_kwdefaults(PyObject* self, void*) {
-  return guarded([&] {
+  return enter([&] {
     const Signature& sig = *as_function(self)->signature;
     Ref values = check(PyDict_New());
     for (const Parameter& p : sig.params)
@@ -125,7 +109,7 @@ PyObject* get_kwdefaults(PyObject* self, void*) {
 
 // inspect.signature reads this before anything else.
 PyObject* get_signature(PyObject* self, void*) {
-  return guarded([&] {
+  return enter([&] {
     const Signature& sig = *as_function(self)->signature;
     Ref inspect = check(PyImport_ImportModule("inspect"));
     Ref parameter_class = getattr(inspect.get(), id<"Parameter">());

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <string_view>
+#include <type_traits>
 
 #include "module/signature.hpp"
 
@@ -15,11 +16,21 @@ inline constexpr size_t max_parameters = 24;
 
 // The arguments of one call, after the boundary rules: a borrowed object per parameter
 // (the caller's, or the default), the converted double of each float parameter, and
-// the tuple and dict of *args and **kwargs where the signature has them.
+// the tuple and dict of *args and **kwargs where the signature has them. A body names
+// its parameters by an enum declared beside its signature, self or cls first.
+template <typename E>
+concept ParameterName = std::is_enum_v<E>;
+
 class Args {
  public:
-  PyObject* operator[](size_t i) const { return objects_[i]; }
-  double num(size_t i) const { return numbers_[i]; }
+  template <ParameterName E>
+  PyObject* operator[](E parameter) const {
+    return objects_[static_cast<size_t>(parameter)];
+  }
+  template <ParameterName E>
+  double num(E parameter) const {
+    return numbers_[static_cast<size_t>(parameter)];
+  }
   PyObject* self() const { return objects_[0]; }
 
  private:

@@ -1,13 +1,18 @@
 // The entry point PyInit_geometry and the one initialisation of the module.
 #include "foundations/arrays.hpp"
-#include "module/definitions.hpp"
+#include "module/boundary.hpp"
+#include "module/definition_order.hpp"
 #include "module/function.hpp"
 #include "module/globals.hpp"
 #include "module/lazy_iterator.hpp"
+#include "module/natives.hpp"
 #include "module/objects.hpp"
-#include "module/own_globals.hpp"
 
 namespace ostrel {
+
+#define OSTREL_DECLARE(family) void define_##family();
+OSTREL_DEFINITION_ORDER(OSTREL_DECLARE)
+#undef OSTREL_DECLARE
 
 namespace {
 
@@ -36,36 +41,9 @@ T = TypeVar('T')
 )";
 
 void define_all() {
-  define_visualisation_error();
-  define_vector();
-  define_gltf();
-  define_material();
-  define_transformable_object();
-  define_group();
-  define_point();
-  define_line();
-  define_line_intersections();
-  // Revolve, LineRevolve, Arc, ArcRevolve
-  define_triangle();
-  // CartesianAxes, RDWGSConverter
-  define_coordinate_conversions();
-  // Extrusion, ArcExtrusion, CircularExtrusion, RectangularExtrusion, SquareBeam
-  define_coplanarity();    // points_are_coplanar, lines_in_same_plane
-  define_point_forms();    // calculate_distance_vector, convert_points_for_lathe
-  define_matrices();       // translation, scaling, rotation and reflection matrices
-  define_unit_vector();
-  define_mirror_object();
-  define_closed_forms();   // volume_cone, surface_cone_without_base, surface_area_dome
-  define_colour_text();    // hex_to_rgb, rgb_to_hex
-  define_orientation();    // circumference_is_clockwise
-  define_add_point();
-  define_get_vertices_faces();
-  define_find_overlap();
-  define_patterns();
-  // Polygon, Polyline, Cone, Sphere, Torus
-  define_triangle_assembly();
-  define_current_next();
-  // geographic classes, _Mesh; the OBJ and MTL readers and _MeshAssembly
+#define OSTREL_DEFINE(family) define_##family();
+  OSTREL_DEFINITION_ORDER(OSTREL_DEFINE)
+#undef OSTREL_DEFINE
 }
 
 int exec_geometry(PyObject* module) {
@@ -75,7 +53,7 @@ int exec_geometry(PyObject* module) {
                     "Module 'geometry' has already been imported. Re-initialisation is not supported.");
     return -1;
   }
-  try {
+  const int status = enter_status([&] {
     PyObject* modules = PySys_GetObject("modules");  // borrowed
     if (!modules) raise(PyExc_RuntimeError, "sys.modules is missing");
     check(PyDict_SetItemString(modules, "ostrel.geometry", module));
@@ -87,12 +65,11 @@ int exec_geometry(PyObject* module) {
     check(PyRun_String(prologue, Py_file_input, dict, dict));
     import_numpy_api();
     define_all();
-    capture_own_globals();
+    capture_natives();
     Ref test = check(PyDict_New());
     set_global("__test__", test.get());
-  } catch (const PyError&) {
-    return -1;
-  }
+  });
+  if (status < 0) return status;
   initialised_module = new_ref(module);
   return 0;
 }

@@ -4,13 +4,6 @@ namespace ostrel {
 
 namespace {
 
-PyObject* instance_dict(PyObject* o) {
-  PyObject** slot = _PyObject_GetDictPtr(o);
-  if (!slot) raise(PyExc_SystemError, "instance has no __dict__");
-  if (!*slot) *slot = check(PyDict_New()).release();
-  return *slot;
-}
-
 // The entries of a class namespace less those the host adds by itself after the class
 // is built: copyreg caches __slotnames__ there when an instance is first copied or
 // pickled, which changes nothing about how instances behave.
@@ -67,37 +60,39 @@ bool ClassGuard::revalidate() const {
   return same && tag_ != 0;
 }
 
-Ref field(const ClassGuard& guard, PyObject* o, PyObject* name) {
-  if (guard.admits(o)) {
-    PyObject* value = PyDict_GetItemWithError(instance_dict(o), name);
-    if (value) return Ref::borrow(value);
-    if (PyErr_Occurred()) throw PyError{};
-  }
-  return getattr(o, name);
+Ref instance_dict(PyObject* o) {
+  // Making the dict out of the compact values allocates, and an allocation can start a
+  // collection whose callbacks see the object half converted: held off meanwhile.
+  CollectorPause pause;
+  return Ref::steal(PyObject_GenericGetDict(o, nullptr));
 }
 
 bool read_floats(const ClassGuard& guard, PyObject* o, std::initializer_list<PyObject*> names, double* out) {
   if (!guard.admits(o)) return false;
-  PyObject* dict = instance_dict(o);
+  Ref dict = instance_dict(o);
+  if (!dict) {
+    PyErr_Clear();
+    return false;
+  }
+  // Fields that __init__ stored first are found by walking the dict from its start.
   Py_ssize_t position = 0;
-  size_t i = 0;
   for (PyObject* name : names) {
     PyObject *key, *value;
-    if (!PyDict_Next(dict, &position, &key, &value) || key != name) {
-      value = PyDict_GetItemWithError(dict, name);
+    if (!PyDict_Next(dict.get(), &position, &key, &value) || key != name) {
+      value = PyDict_GetItemWithError(dict.get(), name);  // may run a key's __eq__
       if (!value) {
-        if (PyErr_Occurred()) throw PyError{};
+        PyErr_Clear();
         return false;
       }
     }
     if (!PyFloat_CheckExact(value)) return false;
-    out[i++] = PyFloat_AS_DOUBLE(value);
+    *out++ = PyFloat_AS_DOUBLE(value);
   }
   return true;
 }
 
 // The generic store keeps the interpreter's compact instance values; the dict is made
-// only when a fast read first needs it.
+// only when a native read first needs it.
 void store_fields(PyObject* o, std::initializer_list<std::pair<PyObject*, PyObject*>> fields) {
   for (auto [name, value] : fields) check(PyObject_GenericSetAttr(o, name, value));
 }

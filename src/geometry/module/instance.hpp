@@ -2,8 +2,8 @@
 // contents of its namespace and of its bases', and its version tag; the interpreter
 // gives a class a new tag whenever it or a base changes (a patched method, a new
 // property, a __setattr__). While the class is as the module built it, its instances
-// keep their fields in the instance dict and its methods are the module's own, so the
-// fast paths read and write that dict directly; for subclasses and changed classes they
+// keep their fields as instance attributes and its methods are the module's own, so the
+// fast paths read and write those directly; for subclasses and changed classes they
 // step aside for the generic protocol. A class patched and restored again (as a test's
 // monkeypatch does) is recognised as intact once more.
 #pragma once
@@ -17,6 +17,9 @@ namespace ostrel {
 
 class ClassGuard {
  public:
+  // `name`: the class's name, which is also its module global.
+  explicit constexpr ClassGuard(const char* name) : name_(name) {}
+  const char* name() const { return name_; }
   // Called once, right after the class is built.
   void set(PyObject* cls);
   // The class as built. A modified class loses its tag (0 is never valid) and gets a
@@ -38,6 +41,7 @@ class ClassGuard {
 #endif
   }
 
+  const char* name_;
   PyTypeObject* type_ = nullptr;
   mutable unsigned int tag_ = 0;
   mutable unsigned int rejected_tag_ = 0;  // a tag already found to mean a changed class
@@ -47,13 +51,34 @@ class ClassGuard {
   PyObject* namespaces_ = nullptr;  // a copy of the namespace of each class of mro_ that has one
 };
 
-// Reads attribute `name` of `o`: straight from the instance dict when `guard` admits
-// `o`, through the generic protocol otherwise (errors included).
-Ref field(const ClassGuard& guard, PyObject* o, PyObject* name);
+// Holds the cycle collector off for its lifetime (the host's gc.disable() and enable()).
+class CollectorPause {
+ public:
+  CollectorPause() {
+#if PY_VERSION_HEX >= 0x030A0000
+    was_enabled_ = PyGC_Disable();
+#endif
+  }
+  ~CollectorPause() {
+#if PY_VERSION_HEX >= 0x030A0000
+    if (was_enabled_) PyGC_Enable();
+#endif
+  }
+  CollectorPause(const CollectorPause&) = delete;
+  CollectorPause& operator=(const CollectorPause&) = delete;
+
+ private:
+  int was_enabled_ = 0;
+};
+
+// The instance dict of `o`, made from its compact values where it has none yet; NULL
+// with an exception set where `o` has no __dict__.
+Ref instance_dict(PyObject* o);
 
 // Reads the float fields `names` of `o` into `out` when `guard` admits `o` and every
-// one of them holds an exact float; false otherwise, with nothing read. Fields that
-// __init__ stored first are found by walking the dict from its start.
+// one of them holds an exact float; false otherwise, with no exception set: the
+// documented steps then read them and raise in their own order. Reading a field can
+// run a caller's code (an instance-dict key's __eq__): hold what you read around it.
 bool read_floats(const ClassGuard& guard, PyObject* o, std::initializer_list<PyObject*> names, double* out);
 
 // A new instance of the guarded class holding `fields`, made as object.__new__ makes

@@ -1,5 +1,7 @@
 #include "module/lazy_iterator.hpp"
 
+#include "module/boundary.hpp"
+
 namespace ostrel {
 
 namespace {
@@ -20,11 +22,8 @@ PyObject* lazy_next(PyObject* self) {
   if (it->source) {
     Ref source = Ref::steal(it->source);
     it->source = nullptr;
-    try {
-      it->items = it->start(source.get()).release();
-    } catch (const PyError&) {
-      return nullptr;
-    }
+    it->items = enter([&] { return it->start(source.get()); });
+    if (!it->items) return nullptr;
   }
   if (!it->items) return nullptr;  // exhausted, or failed at the start
   PyObject* item = PyIter_Next(it->items);

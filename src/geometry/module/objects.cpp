@@ -1,72 +1,15 @@
 #include "module/objects.hpp"
 
-#include "foundations/library_pow.hpp"
-
-#include <cerrno>
+#include "foundations/float_kernel.hpp"
 
 namespace ostrel {
 
-namespace {
-
-bool is_odd_integer(double x) { return std::fmod(std::fabs(x), 2.0) == 1.0; }
-
-// The math module's wrapper of a one-argument libm function: NaN out of a number is
-// a domain error, infinity out of a finite number too.
-double math_1(double x, double (*f)(double)) {
-  const double r = f(x);
-  if (std::isnan(r) && !std::isnan(x)) raise(PyExc_ValueError, "math domain error");
-  if (std::isinf(r) && std::isfinite(x)) raise(PyExc_ValueError, "math domain error");
-  return r;
+Ref power(PyObject* o, long n) {
+  if (PyFloat_CheckExact(o))
+    if (const auto r = kernel::host_power(PyFloat_AS_DOUBLE(o), static_cast<double>(n))) return new_float(*r);
+  Ref exponent = new_int(n);
+  return check(PyNumber_Power(o, exponent.get(), Py_None));
 }
-
-}  // namespace
-
-double float_pow(double iv, double iw) {
-  // The special cases are taken in the host's order, so that every result, NaN and
-  // signed zero included, is the one `iv ** iw` gives.
-  if (iw == 0.0) return 1.0;
-  if (std::isnan(iv)) return iv;
-  if (std::isnan(iw)) return iv == 1.0 ? 1.0 : iw;
-  if (std::isinf(iw)) {
-    iv = std::fabs(iv);
-    if (iv == 1.0) return 1.0;
-    if ((iw > 0.0) == (iv > 1.0)) return std::fabs(iw);
-    return 0.0;
-  }
-  if (std::isinf(iv)) {
-    const bool odd = is_odd_integer(iw);
-    if (iw > 0.0) return odd ? iv : std::fabs(iv);
-    return odd ? std::copysign(0.0, iv) : 0.0;
-  }
-  if (iv == 0.0) {
-    if (iw < 0.0) raise(PyExc_ZeroDivisionError, "0.0 cannot be raised to a negative power");
-    return is_odd_integer(iw) ? iv : 0.0;
-  }
-  if (iv == 1.0) return 1.0;
-  bool negate = false;
-  if (iv < 0.0) {
-    if (iw != std::floor(iw)) raise(PyExc_ValueError, "negative number cannot be raised to a fractional power");
-    iv = -iv;
-    negate = is_odd_integer(iw);
-  }
-  if (iv == 1.0) return negate ? -1.0 : 1.0;
-  errno = 0;
-  double ix = library_pow(iv, iw);
-  if (errno == 0 && std::isinf(ix)) errno = ERANGE;
-  else if (errno == ERANGE && ix == 0.0) errno = 0;  // underflow is not an error
-  if (negate) ix = -ix;
-  if (errno != 0) {
-    PyErr_SetFromErrno(errno == ERANGE ? PyExc_OverflowError : PyExc_ValueError);
-    throw PyError{};
-  }
-  return ix;
-}
-
-double math_sqrt(double x) { return math_1(x, [](double v) { return std::sqrt(v); }); }
-double math_sin(double x) { return math_1(x, [](double v) { return std::sin(v); }); }
-double math_cos(double x) { return math_1(x, [](double v) { return std::cos(v); }); }
-double math_acos(double x) { return math_1(x, [](double v) { return std::acos(v); }); }
-double math_atan2(double y, double x) { return std::atan2(y, x); }
 
 Ref call_kw(PyObject* callable, std::initializer_list<PyObject*> positional,
             std::initializer_list<std::pair<PyObject*, PyObject*>> keywords) {

@@ -3,8 +3,8 @@
 // stand for, errors included.
 #pragma once
 
-#include <cmath>
 #include <initializer_list>
+#include <iterator>
 #include <utility>
 
 #include "module/ref.hpp"
@@ -52,6 +52,7 @@ inline Ref super_of(PyObject* cls, PyObject* self) {
 inline Ref call_method(PyObject* self, PyObject* name, std::initializer_list<PyObject*> args) {
   // Room for self in front, as the method call protocol wants.
   PyObject* stack[8];
+  if (args.size() >= std::size(stack)) raise(PyExc_SystemError, "ostrel.geometry: too many arguments for call_method");
   stack[0] = self;
   std::copy(args.begin(), args.end(), stack + 1);
   return check(PyObject_VectorcallMethod(name, stack, args.size() + 1, nullptr));
@@ -107,24 +108,14 @@ inline Ref neg(PyObject* a) {
   return check(PyNumber_Negative(a));
 }
 
-// `a ** b` for two floats, as the host computes it: the C library's pow, with
-// OverflowError where the result overflows and ValueError for a negative base
-// under a fractional exponent.
-double float_pow(double a, double b);
+// `o ** n` with an int exponent, as the host computes it; an exact float is raised
+// natively where the host would give a value.
+Ref power(PyObject* o, long n);
 
-// `a ** 2`, the square as the host computes it for floats (through pow).
-inline Ref square(PyObject* a) {
-  if (PyFloat_CheckExact(a)) return new_float(float_pow(PyFloat_AS_DOUBLE(a), 2.0));
-  Ref two = new_int(2);
-  return check(PyNumber_Power(a, two.get(), Py_None));
-}
-
-// The functions of the math module on doubles, with its domain and range errors.
-double math_sqrt(double x);
-double math_sin(double x);
-double math_cos(double x);
-double math_acos(double x);
-double math_atan2(double y, double x);
+// `a <op> b` with op one of Py_LT ... Py_GE, and its truth: exactly what `if a < b:`
+// does (no identity shortcut for == and !=, unlike PyObject_RichCompareBool).
+inline Ref compare(PyObject* a, PyObject* b, int op) { return check(PyObject_RichCompare(a, b, op)); }
+inline bool compares(PyObject* a, PyObject* b, int op) { return truth(compare(a, b, op).get()); }
 
 // `first, second, ... = o`: exactly n items, with the host's unpacking errors.
 void unpack(PyObject* o, Py_ssize_t n, Ref* out);

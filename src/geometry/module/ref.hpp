@@ -10,8 +10,8 @@
 
 namespace ostrel {
 
-// Thrown when a C API call has failed and left a Python exception set. The native
-// function object catches it at the boundary and returns NULL to the interpreter.
+// Thrown when a C API call has failed and left a Python exception set. The boundary
+// (module/boundary.hpp) catches it and returns NULL to the interpreter.
 struct PyError {};
 
 // One strong reference, released when the handle goes. Geometry code never calls

@@ -4,7 +4,6 @@
 // side by side.
 #include "exchange/gltf.hpp"
 #include "module/class_builder.hpp"
-#include "module/definitions.hpp"
 #include "module/globals.hpp"
 #include "module/objects.hpp"
 
@@ -12,13 +11,17 @@ namespace ostrel {
 
 namespace {
 
+// The classes as built: super() in a method names the class that defines it.
+ClassGuard pattern_guard{"Pattern"}, linear_guard{"LinearPattern"}, bidirectional_guard{"BidirectionalPattern"};
+
+enum class PatternInit { self, base_object, duplicate_translation_list };
 Ref pattern_init(const Args& a) {
-  PyObject *self = a.self(), *base_object = a[1];
-  Ref parent = super_of(global<"Pattern">().get(), self);
+  PyObject *self = a.self(), *base_object = a[PatternInit::base_object];
+  Ref parent = super_of(pattern_guard.cls(), self);
   Ref first = list({base_object});
   call_method(parent.get(), id<"__init__">(), {first.get()});
   setattr(self, id<"base_object">(), base_object);
-  Ref it = check(PyObject_GetIter(a[2]));
+  Ref it = check(PyObject_GetIter(a[PatternInit::duplicate_translation_list]));
   while (Ref translation = Ref::steal(PyIter_Next(it.get()))) {
     Ref components = check(PySequence_Tuple(translation.get()));
     Ref vector = check(PyObject_Call(global<"Vector">().get(), components.get(), nullptr));
@@ -27,7 +30,9 @@ Ref pattern_init(const Args& a) {
   if (PyErr_Occurred()) throw PyError{};
   return none();
 }
+constexpr Member pattern_init_member = method("__init__", "(base_object: TransformableObject, duplicate_translation_list: List[List[float]])", pattern_init, "Make the pattern: the base object, then one copy per translation [x, y, z].");
 
+enum class AddBaseObjectCopy { self, translation_vector };
 Ref add_base_object_copy(const Args& a) {
   PyObject* self = a.self();
   Ref base = getattr(self, id<"base_object">());
@@ -40,13 +45,15 @@ Ref add_base_object_copy(const Args& a) {
     Ref again = getattr(self, id<"base_object">());
     new_object = call(deepcopy.get(), {again.get()});
   }
-  call_method(new_object.get(), id<"translate">(), {a[1]});
-  Ref parent = super_of(global<"Pattern">().get(), self);
+  call_method(new_object.get(), id<"translate">(), {a[AddBaseObjectCopy::translation_vector]});
+  Ref parent = super_of(pattern_guard.cls(), self);
   call_method(parent.get(), id<"add">(), {new_object.get()});
   return none();
 }
+constexpr Member add_base_object_copy_member = method("_add_base_object_copy", "(translation_vector: Vector) -> None", add_base_object_copy, "Add a copy of the base object, moved by the vector.");
 
 Ref pattern_name(const Args&) { return new_str("pattern"); }
+constexpr Member pattern_name_member = property("_name", "() -> str", pattern_name, "\"pattern\"");
 
 // A copy of `geometry` (a scene) whose graph nodes all bear new random names.
 Ref renamed_copy(PyObject* geometry) {
@@ -115,6 +122,7 @@ Ref pattern_to_trimesh(const Args& a) {
   if (PyErr_Occurred()) throw PyError{};
   return scene;
 }
+constexpr Member pattern_to_trimesh_member = method("_to_trimesh", "() -> trimesh.Scene", pattern_to_trimesh, "A scene with the base geometry once and a node per copy.");
 
 // The translation `[first * index * c for c in direction]`, or the sum of two such
 // terms over zip(direction_1, direction_2), with Python's arithmetic on the components.
@@ -134,36 +142,39 @@ Ref python_range(PyObject* start, PyObject* stop) {
   return check(PyObject_CallFunctionObjArgs(reinterpret_cast<PyObject*>(&PyRange_Type), start, stop, nullptr));
 }
 
+enum class LinearInit { self, base_object, direction, number_of_elements, spacing };
 Ref linear_init(const Args& a) {
   Ref translations = check(PyList_New(0));
-  Ref spacing = new_float(a.num(4));
+  Ref spacing = new_float(a.num(LinearInit::spacing));
   Ref one = new_int(1);
-  Ref indices = python_range(one.get(), a[3]);
+  Ref indices = python_range(one.get(), a[LinearInit::number_of_elements]);
   Ref it = check(PyObject_GetIter(indices.get()));
   while (Ref index = Ref::steal(PyIter_Next(it.get()))) {
-    Ref translation = scaled_components(spacing.get(), index.get(), a[2]);
+    Ref translation = scaled_components(spacing.get(), index.get(), a[LinearInit::direction]);
     check(PyList_Append(translations.get(), translation.get()));
   }
   if (PyErr_Occurred()) throw PyError{};
-  Ref parent = super_of(global<"LinearPattern">().get(), a.self());
-  call_method(parent.get(), id<"__init__">(), {a[1], translations.get()});
+  Ref parent = super_of(linear_guard.cls(), a.self());
+  call_method(parent.get(), id<"__init__">(), {a[LinearInit::base_object], translations.get()});
   return none();
 }
+constexpr Member linear_init_member = method("__init__", "(base_object: TransformableObject, direction: List[float], number_of_elements: int, spacing: float)", linear_init, "Make the row of copies.");
 
+enum class BidirectionalInit { self, base_object, direction_1, direction_2, number_of_elements_1, number_of_elements_2, spacing_1, spacing_2 };
 Ref bidirectional_init(const Args& a) {
   Ref translations = check(PyList_New(0));
-  Ref spacing_1 = new_float(a.num(6)), spacing_2 = new_float(a.num(7));
+  Ref spacing_1 = new_float(a.num(BidirectionalInit::spacing_1)), spacing_2 = new_float(a.num(BidirectionalInit::spacing_2));
   Ref zero = new_int(0);
-  Ref outer = python_range(zero.get(), a[4]);
+  Ref outer = python_range(zero.get(), a[BidirectionalInit::number_of_elements_1]);
   Ref outer_it = check(PyObject_GetIter(outer.get()));
   while (Ref index_1 = Ref::steal(PyIter_Next(outer_it.get()))) {
-    Ref inner = python_range(zero.get(), a[5]);
+    Ref inner = python_range(zero.get(), a[BidirectionalInit::number_of_elements_2]);
     Ref inner_it = check(PyObject_GetIter(inner.get()));
     while (Ref index_2 = Ref::steal(PyIter_Next(inner_it.get()))) {
       if (PyLong_AsLong(index_1.get()) == 0 && PyLong_AsLong(index_2.get()) == 0) continue;
       Ref factor_1 = mul(spacing_1.get(), index_1.get());
       Ref factor_2 = mul(spacing_2.get(), index_2.get());
-      Ref pairs = check(PyObject_CallFunctionObjArgs(global<"zip">().get(), a[2], a[3], nullptr));
+      Ref pairs = check(PyObject_CallFunctionObjArgs(global<"zip">().get(), a[BidirectionalInit::direction_1], a[BidirectionalInit::direction_2], nullptr));
       Ref translation = check(PyList_New(0));
       Ref pair_it = check(PyObject_GetIter(pairs.get()));
       while (Ref pair = Ref::steal(PyIter_Next(pair_it.get()))) {
@@ -180,38 +191,27 @@ Ref bidirectional_init(const Args& a) {
     if (PyErr_Occurred()) throw PyError{};
   }
   if (PyErr_Occurred()) throw PyError{};
-  Ref parent = super_of(global<"BidirectionalPattern">().get(), a.self());
-  call_method(parent.get(), id<"__init__">(), {a[1], translations.get()});
+  Ref parent = super_of(bidirectional_guard.cls(), a.self());
+  call_method(parent.get(), id<"__init__">(), {a[BidirectionalInit::base_object], translations.get()});
   return none();
 }
+constexpr Member bidirectional_init_member = method("__init__", "(base_object: TransformableObject, direction_1: List[float], direction_2: List[float], "
+              "number_of_elements_1: int, number_of_elements_2: int, spacing_1: float, spacing_2: float)", bidirectional_init, "Make the grid of copies; the second direction runs fastest.");
 
 }  // namespace
 
 void define_patterns() {
-  ClassBuilder("Pattern", {global<"Group">().get()},
+  define_class("Pattern", {global<"Group">().get()},
                "A base object and copies of it at the given translations. The base geometry is made once\n"
-               "at export and shared by the copies.")
-      .method("__init__", "(base_object: TransformableObject, duplicate_translation_list: List[List[float]])",
-              pattern_init, "Make the pattern: the base object, then one copy per translation [x, y, z].")
-      .method("_add_base_object_copy", "(translation_vector: Vector) -> None", add_base_object_copy,
-              "Add a copy of the base object, moved by the vector.")
-      .property("_name", "() -> str", pattern_name, "\"pattern\"")
-      .method("_to_trimesh", "() -> trimesh.Scene", pattern_to_trimesh,
-              "A scene with the base geometry once and a node per copy.")
-      .build();
-  ClassBuilder("LinearPattern", {global<"Pattern">().get()},
-               "number_of_elements objects in all along `direction`, `spacing` apart for a unit direction.")
-      .method("__init__",
-              "(base_object: TransformableObject, direction: List[float], number_of_elements: int, spacing: float)",
-              linear_init, "Make the row of copies.")
-      .build();
-  ClassBuilder("BidirectionalPattern", {global<"Pattern">().get()},
-               "A grid of number_of_elements_1 by number_of_elements_2 objects along two directions.")
-      .method("__init__",
-              "(base_object: TransformableObject, direction_1: List[float], direction_2: List[float], "
-              "number_of_elements_1: int, number_of_elements_2: int, spacing_1: float, spacing_2: float)",
-              bidirectional_init, "Make the grid of copies; the second direction runs fastest.")
-      .build();
+               "at export and shared by the copies.",
+      {pattern_init_member, add_base_object_copy_member, pattern_name_member, pattern_to_trimesh_member},
+      &pattern_guard);
+  define_class("LinearPattern", {global<"Pattern">().get()},
+               "number_of_elements objects in all along `direction`, `spacing` apart for a unit direction.",
+      {linear_init_member}, &linear_guard);
+  define_class("BidirectionalPattern", {global<"Pattern">().get()},
+               "A grid of number_of_elements_1 by number_of_elements_2 objects along two directions.",
+      {bidirectional_init_member}, &bidirectional_guard);
 }
 
 }  // namespace ostrel

@@ -15,7 +15,6 @@
 #include "foundations/point.hpp"
 #include "foundations/vector.hpp"
 #include "module/class_builder.hpp"
-#include "module/definitions.hpp"
 #include "module/globals.hpp"
 #include "module/instance.hpp"
 #include "module/objects.hpp"
@@ -25,7 +24,10 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard guard;
+ClassGuard guard{"Triangle"};
+// Point.vector_to makes a Vector through the module global: still the module's own,
+// unchanged class, with its own cross and magnitude.
+Natives area_natives{{}, {&vector_class()}};
 
 // `obj.name` is the method of its class, not an attribute of the instance that hides it.
 bool unshadowed(PyObject* obj, PyObject* name) {
@@ -58,14 +60,6 @@ bool read_float(PyObject* o, double& out) {
   return true;
 }
 
-// The coordinates of an instance of the module's unchanged Point, all exact floats.
-bool read_point(PyObject* point, Vec3& out) {
-  double c[3];
-  if (!read_floats(point_class(), point, {id<"_x">(), id<"_y">(), id<"_z">()}, c)) return false;
-  out = {c[0], c[1], c[2]};
-  return true;
-}
-
 // vertices[0..2][0..2] as exact floats.
 bool read_vertices(PyObject* vertices, Vec3 (&out)[3]) {
   return attempt([&] {
@@ -84,49 +78,38 @@ Ref np_call(PyObject* name, std::initializer_list<PyObject*> args) {
   return call(function.get(), args);
 }
 
-// `o ** n` with an int exponent, as the host computes it.
-Ref power(PyObject* o, long n) {
-  if (PyFloat_CheckExact(o)) return new_float(float_pow(PyFloat_AS_DOUBLE(o), static_cast<double>(n)));
-  Ref exponent = new_int(n);
-  return check(PyNumber_Power(o, exponent.get(), Py_None));
-}
-
+enum class Init { self, point1, point2, point3 };
 Ref init(const Args& a) {
   PyObject* self = a.self();
-  Ref profile = list({a[1], a[2], a[3]});
+  Ref profile = list({a[Init::point1], a[Init::point2], a[Init::point3]});
   setattr(self, id<"profile">(), profile.get());
   Ref rows[3];
-  for (int i = 0; i < 3; ++i) {
-    PyObject* point = a[static_cast<size_t>(i) + 1];
+  int i = 0;
+  for (Init p : {Init::point1, Init::point2, Init::point3}) {
+    PyObject* point = a[p];
     Ref x = getattr(point, id<"x">()), y = getattr(point, id<"y">()), z = getattr(point, id<"z">());
-    rows[i] = list({x.get(), y.get(), z.get()});
+    rows[i++] = list({x.get(), y.get(), z.get()});
   }
   Ref vertices = list({rows[0].get(), rows[1].get(), rows[2].get()});
   setattr(self, id<"vertices">(), vertices.get());
   return none();
 }
+constexpr Member init_member = method("__init__", "(point1: Point, point2: Point, point3: Point)", init, "Make a triangle; the points are not checked.");
 
 // ---- area ----
 
-// Point.vector_to makes a Vector through the module global: still the module's own,
-// unchanged class, with its own cross and magnitude.
-bool vector_is_own() {
-  Ref vector = global<"Vector">();
-  return vector.get() == vector_class().cls() && vector_class().intact();
-}
-
 std::optional<double> native_area(PyObject* self) {
-  Vec3 p[3];
+  if (!area_natives.hold()) return std::nullopt;
+  std::optional<Vec3> p[3];
   const bool read = attempt([&] {
-    if (!vector_is_own()) return false;
-    Ref profile = field(guard, self, id<"profile">());
+    Ref profile = getattr(self, id<"profile">());
     Ref p0 = item(profile.get(), 0), p1 = item(profile.get(), 1), p2 = item(profile.get(), 2);
     // Points (of the unchanged class, so with its own vector_to and indexing) holding floats.
-    return read_point(p0.get(), p[0]) && read_point(p1.get(), p[1]) && read_point(p2.get(), p[2]) &&
+    return (p[0] = read_point(p0.get())) && (p[1] = read_point(p1.get())) && (p[2] = read_point(p2.get())) &&
            unshadowed(p0.get(), id<"vector_to">());
   });
   if (!read) return std::nullopt;
-  return triangle::area(p[0], p[1], p[2]);
+  return kernel::triangle_area(*p[0], *p[1], *p[2]);
 }
 
 // profile[0].vector_to(profile[1]).cross(profile[0].vector_to(profile[2])).magnitude / 2
@@ -153,6 +136,7 @@ Ref area_of(PyObject* self) {
 }
 
 Ref area(const Args& a) { return area_of(a.self()); }
+constexpr Member area_member = method("area", "() -> float", area, "Area of the triangle in 3D, from `profile`.");
 
 // ---- centroid ----
 
@@ -174,13 +158,14 @@ Ref centroid_through_objects(PyObject* vertices) {
 }
 
 Ref centroid(const Args& a) {
-  Ref vertices = field(guard, a.self(), id<"vertices">());
+  Ref vertices = getattr(a.self(), id<"vertices">());
   Vec3 v[3];
   if (!read_vertices(vertices.get(), v)) return centroid_through_objects(vertices.get());
-  const Vec3 c = triangle::centroid(v[0], v[1], v[2]);
+  const Vec3 c = kernel::triangle_centroid(v[0], v[1], v[2]);
   Ref x = new_float(c.x), y = new_float(c.y), z = new_float(c.z);
   return tuple({x.get(), y.get(), z.get()});
 }
+constexpr Member centroid_member = property("centroid", "() -> Tuple[float, float, float]", centroid, "The mean of the three vertices.");
 
 // ---- second moments ----
 
@@ -267,7 +252,7 @@ bool all_finite(const Vec3 (&v)[3], double area) {
 // The kernel, with theta's cosine and sine from NumPy itself; empty where a step
 // leaves the finite range.
 Ref native_moments(const Vec3 (&v)[3], double area) {
-  const triangle::PlanVector base = triangle::moment_base(v[0], v[1]);
+  const kernel::PlanVector base = kernel::moment_base(v[0], v[1]);
   Ref pi = getattr(global<"np">().get(), id<"pi">());
   if (!PyFloat_CheckExact(pi.get())) return {};
   Ref base_x = new_float(base.x), base_y = new_float(base.y);
@@ -276,7 +261,7 @@ Ref native_moments(const Vec3 (&v)[3], double area) {
   Ref c = np_call(id<"cos">(), {theta.get()});
   Ref s = np_call(id<"sin">(), {theta.get()});
   if (!PyFloat_Check(c.get()) || !PyFloat_Check(s.get())) return {};
-  const auto m = triangle::moment_of_inertia(v[0], v[1], v[2], area, PyFloat_AS_DOUBLE(c.get()),
+  const auto m = kernel::triangle_moments(v[0], v[1], v[2], area, PyFloat_AS_DOUBLE(c.get()),
                                              PyFloat_AS_DOUBLE(s.get()));
   if (!m) return {};
   // NumPy scalars, as the documented steps give them.
@@ -291,7 +276,7 @@ Ref moment_of_inertia(const Args& a) {
   PyObject* self = a.self();
   const bool own_area = guard.admits(self) && unshadowed(self, id<"area">());
   Ref area = own_area ? area_of(self) : call_method(self, id<"area">(), {});
-  Ref vertices = field(guard, self, id<"vertices">());
+  Ref vertices = getattr(self, id<"vertices">());
   Vec3 v[3];
   if (PyFloat_CheckExact(area.get()) && read_vertices(vertices.get(), v) &&
       all_finite(v, PyFloat_AS_DOUBLE(area.get()))) {
@@ -299,6 +284,8 @@ Ref moment_of_inertia(const Args& a) {
   }
   return moments_through_objects(area.get(), vertices.get());
 }
+constexpr Member moment_of_inertia_member = property("moment_of_inertia", "() -> Tuple[float, float]", moment_of_inertia, "Second moments of area (about x, about y) through the centroid, of the\n"
+                          "triangle in the xy plane; no product of inertia is taken into account.");
 
 // ---- text ----
 
@@ -308,27 +295,18 @@ Ref repr(const Args& a) {
   unpack(profile.get(), 3, p);
   return check(PyUnicode_FromFormat("<Triangle (%S, %S, %S)>", p[0].get(), p[1].get(), p[2].get()));
 }
+constexpr Member repr_member = method("__repr__", "() -> str", repr, "<Triangle (point1, point2, point3)>.");
 
 }  // namespace
 
 const ClassGuard& triangle_class() { return guard; }
 
 void define_triangle() {
-  Ref cls = ClassBuilder("Triangle", {},
+  define_class("Triangle", {},
                          "A triangle of three 3D points: its area, centroid and second moments of area.\n\n"
                          "`profile` holds the three points as given; `vertices` a copy of their\n"
-                         "coordinates, taken at construction.")
-                .method("__init__", "(point1: Point, point2: Point, point3: Point)", init,
-                        "Make a triangle; the points are not checked.")
-                .method("area", "() -> float", area, "Area of the triangle in 3D, from `profile`.")
-                .property("centroid", "() -> Tuple[float, float, float]", centroid,
-                          "The mean of the three vertices.")
-                .property("moment_of_inertia", "() -> Tuple[float, float]", moment_of_inertia,
-                          "Second moments of area (about x, about y) through the centroid, of the\n"
-                          "triangle in the xy plane; no product of inertia is taken into account.")
-                .method("__repr__", "() -> str", repr, "<Triangle (point1, point2, point3)>.")
-                .build();
-  guard.set(cls.get());
+                         "coordinates, taken at construction.",
+      {init_member, area_member, centroid_member, moment_of_inertia_member, repr_member}, &guard);
 }
 
 }  // namespace ostrel

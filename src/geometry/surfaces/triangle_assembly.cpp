@@ -13,22 +13,22 @@
 #include "foundations/point.hpp"
 #include "foundations/tolerance.hpp"
 #include "module/class_builder.hpp"
-#include "module/definitions.hpp"
 #include "module/globals.hpp"
 #include "module/objects.hpp"
 #include "surfaces/triangle.hpp"
-#include "surfaces/vertex_merge.hpp"
+#include "surfaces/vertex_merge_kernel.hpp"
 
 namespace ostrel {
 
 namespace {
 
 // The class as built, for super() in __init__.
-PyObject* assembly_class = nullptr;
+ClassGuard guard{"TriangleAssembly"};
 
+enum class Init { self, triangles, material, skip_duplicate_vertices_check };
 Ref init(const Args& a) {
-  PyObject *self = a.self(), *material = a[2];
-  setattr(self, id<"_triangles">(), a[1]);
+  PyObject *self = a.self(), *material = a[Init::material];
+  setattr(self, id<"_triangles">(), a[Init::triangles]);
   if (truth(material)) {
     setattr(self, id<"material">(), material);
   } else {
@@ -36,19 +36,23 @@ Ref init(const Args& a) {
     Ref default_material = call(global<"Material">().get(), {name.get()});
     setattr(self, id<"material">(), default_material.get());
   }
-  setattr(self, id<"_skip_duplicate_vertices_check">(), a[3]);
-  Ref parent = super_of(assembly_class, self);
+  setattr(self, id<"_skip_duplicate_vertices_check">(), a[Init::skip_duplicate_vertices_check]);
+  Ref parent = super_of(guard.cls(), self);
   call_method(parent.get(), id<"__init__">(), {});
   return none();
 }
+constexpr Member init_member = method("__init__", "(triangles: List[Triangle], *, material: Material = None, "
+                        "skip_duplicate_vertices_check: bool = False)", init, "Make the assembly; a falsy material becomes Material(\"default-material\").");
 
 Ref assembly_name(const Args&) { return new_str("assembly"); }
+constexpr Member assembly_name_member = property("_name", "() -> str", assembly_name, "\"assembly\"");
 
 // ---- the native path ----
 
 struct Corners {
   std::vector<Vec3> points;  // three per triangle
   bool skip_check;
+  kernel::Tolerance tolerance;  // of Point.__eq__, where the check is made
 };
 
 bool exact_sequence(PyObject* o) { return PyList_CheckExact(o) || PyTuple_CheckExact(o); }
@@ -56,13 +60,15 @@ bool exact_sequence(PyObject* o) { return PyList_CheckExact(o) || PyTuple_CheckE
 // The corners of a profile of exactly three points of the unchanged Point class.
 bool read_profile(PyObject* triangle, std::vector<Vec3>& out) {
   if (!triangle_class().admits(triangle)) return false;
-  Ref profile = field(triangle_class(), triangle, id<"profile">());
-  if (!exact_sequence(profile.get()) || PySequence_Fast_GET_SIZE(profile.get()) != 3) return false;
+  Ref profile = getattr(triangle, id<"profile">());
+  if (!exact_sequence(profile.get())) return false;
   for (Py_ssize_t i = 0; i < 3; ++i) {
+    // Reading a point can run a caller's code, which can change the profile.
+    if (PySequence_Fast_GET_SIZE(profile.get()) != 3) return false;
     Ref point = Ref::borrow(PySequence_Fast_GET_ITEM(profile.get(), i));
-    double c[3];
-    if (!read_floats(point_class(), point.get(), {id<"_x">(), id<"_y">(), id<"_z">()}, c)) return false;
-    out.push_back({c[0], c[1], c[2]});
+    const auto p = read_point(point.get());
+    if (!p) return false;
+    out.push_back(*p);
   }
   return true;
 }
@@ -75,12 +81,6 @@ bool plain_fields(PyObject* self) {
          !_PyType_Lookup(type, id<"_skip_duplicate_vertices_check">());
 }
 
-// The module tolerances are plain numbers, which every comparison would read alike.
-bool plain_tolerances() {
-  auto plain = [](const Ref& t) { return PyFloat_CheckExact(t.get()) || PyLong_CheckExact(t.get()); };
-  return plain(global<"ISCLOSE_RTOL">()) && plain(global<"ISCLOSE_ATOL">());
-}
-
 // Everything the scan reads, where reading it runs no Python code and every comparison
 // would be the module's own Point.__eq__ on floats: a list or tuple of unchanged
 // Triangles, a bool flag, plain tolerances and unchanged Points (Point.__eq__ also
@@ -90,18 +90,25 @@ std::optional<Corners> read_corners(PyObject* self) {
   if (!plain_fields(self)) return std::nullopt;
   Corners corners;
   try {
-    Ref point_global = global<"Point">();
-    if (point_global.get() != point_class().cls() || !point_class().intact()) return std::nullopt;
+    if (!point_natives().hold()) return std::nullopt;
     Ref triangles = getattr(self, id<"_triangles">());
     if (!exact_sequence(triangles.get())) return std::nullopt;
     // With no triangles the flag is never read.
-    if (PySequence_Fast_GET_SIZE(triangles.get()) == 0) return Corners{{}, false};
+    const Py_ssize_t count = PySequence_Fast_GET_SIZE(triangles.get());
+    if (count == 0) return Corners{{}, false, {}};
     Ref skip = getattr(self, id<"_skip_duplicate_vertices_check">());
     if (!PyBool_Check(skip.get())) return std::nullopt;
     corners.skip_check = skip.get() == Py_True;
-    if (!corners.skip_check && !plain_tolerances()) return std::nullopt;
-    corners.points.reserve(3 * static_cast<std::size_t>(PySequence_Fast_GET_SIZE(triangles.get())));
-    for (Py_ssize_t t = 0; t < PySequence_Fast_GET_SIZE(triangles.get()); ++t) {
+    if (!corners.skip_check) {
+      // Plain numbers, which every comparison would read alike.
+      const auto t = native_tolerances();
+      if (!t) return std::nullopt;
+      corners.tolerance = t->module;
+    }
+    corners.points.reserve(3 * static_cast<std::size_t>(count));
+    for (Py_ssize_t t = 0; t < count; ++t) {
+      // Reading a triangle can run a caller's code, which can change the list.
+      if (PySequence_Fast_GET_SIZE(triangles.get()) != count) return std::nullopt;
       Ref triangle = Ref::borrow(PySequence_Fast_GET_ITEM(triangles.get(), t));
       if (!read_profile(triangle.get(), corners.points)) return std::nullopt;
     }
@@ -124,38 +131,16 @@ Ref float_list(const Vec3& p) {
   return list({x.get(), y.get(), z.get()});
 }
 
-// Holds the cycle collector off while the result lists are made. They hold numbers
-// only, and the collections that so many new lists would set off pass over everything
-// the process holds, at a cost far above that of making them.
-class CollectorPause {
- public:
-  CollectorPause() {
-#if PY_VERSION_HEX >= 0x030A0000
-    was_enabled_ = PyGC_Disable();
-#endif
-  }
-  ~CollectorPause() {
-#if PY_VERSION_HEX >= 0x030A0000
-    if (was_enabled_) PyGC_Enable();
-#endif
-  }
-  CollectorPause(const CollectorPause&) = delete;
-  CollectorPause& operator=(const CollectorPause&) = delete;
-
- private:
-  int was_enabled_ = 0;
-};
-
 Ref native_vertices_and_faces(const Corners& corners) {
   const std::size_t triangle_count = corners.points.size() / 3;
-  vertex_merge::IndexedMesh mesh;
+  kernel::IndexedMesh mesh;
   if (corners.skip_check) {
-    mesh = vertex_merge::separate(corners.points.size());
+    mesh = kernel::separate_vertices(corners.points.size());
   } else {
-    // Read as the first comparison reads them, which comes with the second triangle.
-    const Tolerance tolerance = triangle_count >= 2 ? module_tolerance() : Tolerance{};
-    mesh = vertex_merge::merge(corners.points, tolerance);
+    mesh = kernel::merge_vertices(corners.points, corners.tolerance);
   }
+  // The result lists hold numbers only, and the collections that so many new lists
+  // would set off pass over everything the process holds: held off meanwhile.
   CollectorPause pause;
   Ref vertices = check(PyList_New(static_cast<Py_ssize_t>(mesh.sources.size())));
   for (std::size_t v = 0; v < mesh.sources.size(); ++v)
@@ -237,6 +222,8 @@ Ref get_vertices_and_faces(const Args& a) {
   if (std::optional<Corners> corners = read_corners(a.self())) return native_vertices_and_faces(*corners);
   return scanned_vertices_and_faces(a.self());
 }
+constexpr Member get_vertices_and_faces_member = method("_get_vertices_and_faces", "() -> Tuple", get_vertices_and_faces, "([x, y, z] per vertex, [i, j, k] per triangle), in the corner order of each\n"
+                        "triangle's profile.");
 
 Ref to_trimesh(const Args& a) {
   PyObject* self = a.self();
@@ -252,36 +239,27 @@ Ref to_trimesh(const Args& a) {
                   {id<"visual">(), visual.get()},
                   {id<"process">(), Py_False}});
 }
+constexpr Member to_trimesh_member = method("_to_trimesh", "() -> trimesh.Trimesh", to_trimesh, "A new unprocessed trimesh mesh of the triangles, with the material's visual.");
 
+enum class GetVerticesFaces { triangles };
 Ref get_vertices_faces(const Args& a) {
-  Ref assembly = call_kw(global<"TriangleAssembly">().get(), {a[0]}, {{id<"skip_duplicate_vertices_check">(), Py_False}});
+  Ref assembly = call_kw(global<"TriangleAssembly">().get(), {a[GetVerticesFaces::triangles]}, {{id<"skip_duplicate_vertices_check">(), Py_False}});
   return call_method(assembly.get(), id<"_get_vertices_and_faces">(), {});
 }
+constexpr Member get_vertices_faces_member = function("get_vertices_faces", "(triangles: List[Triangle]) -> Tuple", get_vertices_faces, "The vertex list and face list of the triangles, equal corners merged into one vertex.");
 
 }  // namespace
 
 void define_get_vertices_faces() {
-  define_function("get_vertices_faces", "(triangles: List[Triangle]) -> Tuple", get_vertices_faces,
-                  "The vertex list and face list of the triangles, equal corners merged into one vertex.");
+  define_function(get_vertices_faces_member);
 }
 
 void define_triangle_assembly() {
-  Ref cls = ClassBuilder("TriangleAssembly", {global<"TransformableObject">().get()},
+  define_class("TriangleAssembly", {global<"TransformableObject">().get()},
                          "A mesh object made of triangles. Corners that are equal points become one\n"
                          "vertex, unless the duplicate check is skipped: that check compares every corner\n"
-                         "with every vertex so far, and skipping it gives every triangle three vertices.")
-                .method("__init__",
-                        "(triangles: List[Triangle], *, material: Material = None, "
-                        "skip_duplicate_vertices_check: bool = False)",
-                        init, "Make the assembly; a falsy material becomes Material(\"default-material\").")
-                .property("_name", "() -> str", assembly_name, "\"assembly\"")
-                .method("_get_vertices_and_faces", "() -> Tuple", get_vertices_and_faces,
-                        "([x, y, z] per vertex, [i, j, k] per triangle), in the corner order of each\n"
-                        "triangle's profile.")
-                .method("_to_trimesh", "() -> trimesh.Trimesh", to_trimesh,
-                        "A new unprocessed trimesh mesh of the triangles, with the material's visual.")
-                .build();
-  assembly_class = cls.release();
+                         "with every vertex so far, and skipping it gives every triangle three vertices.",
+      {init_member, assembly_name_member, get_vertices_and_faces_member, to_trimesh_member}, &guard);
 }
 
 }  // namespace ostrel

@@ -8,15 +8,15 @@
 
 #include <optional>
 
-#include "foundations/vec3.hpp"
+#include "foundations/vec3_kernel.hpp"
 
-namespace ostrel::triangle {
+namespace ostrel::kernel {
 
 // |(p1 - p0) x (p2 - p0)| / 2, in 3D.
-std::optional<double> area(const Vec3& p0, const Vec3& p1, const Vec3& p2);
+std::optional<double> triangle_area(const Vec3& p0, const Vec3& p1, const Vec3& p2);
 
 // The mean of the vertices, each coordinate summed left to right, then divided by 3.0.
-Vec3 centroid(const Vec3& v0, const Vec3& v1, const Vec3& v2);
+Vec3 triangle_centroid(const Vec3& v0, const Vec3& v1, const Vec3& v2);
 
 // The base edge of the second moments, from vertex 1 to vertex 0, in plan.
 struct PlanVector {
@@ -32,7 +32,7 @@ PlanVector moment_base(const Vec3& v0, const Vec3& v1);
 struct Moments {
   double x, y;
 };
-std::optional<Moments> moment_of_inertia(const Vec3& v0, const Vec3& v1, const Vec3& v2, double area,
+std::optional<Moments> triangle_moments(const Vec3& v0, const Vec3& v1, const Vec3& v2, double area,
                                          double cos_theta, double sin_theta);
 
-}  // namespace ostrel::triangle
+}  // namespace ostrel::kernel

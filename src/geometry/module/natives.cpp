@@ -1,4 +1,4 @@
-#include "module/own_globals.hpp"
+#include "module/natives.hpp"
 
 #include "module/globals.hpp"
 
@@ -7,8 +7,8 @@ namespace ostrel {
 namespace {
 
 // Function-local, so that static objects of any source file can register themselves.
-std::vector<OwnGlobals*>& registry() {
-  static std::vector<OwnGlobals*> r;
+std::vector<Natives*>& registry() {
+  static std::vector<Natives*> r;
   return r;
 }
 
@@ -32,10 +32,19 @@ unsigned long long globals_generation() {
 #endif
 }
 
-OwnGlobals::OwnGlobals(std::initializer_list<const char*> names) : names_(names) { registry().push_back(this); }
+Natives::Natives(std::initializer_list<const char*> globals, std::initializer_list<const ClassGuard*> classes,
+                 std::initializer_list<const Natives*> includes)
+    : names_(globals), classes_(classes), includes_(includes) {
+  registry().push_back(this);
+}
 
-void OwnGlobals::capture(PyObject* dict) {
+void Natives::capture(PyObject* dict) {
   complete_ = true;
+  // A class's own name must hold the class as built.
+  for (const ClassGuard* guard : classes_) {
+    names_.push_back(guard->name());
+    if (!guard->cls()) complete_ = false;
+  }
   for (const char* name : names_) {
     // Both references are kept for the life of the process.
     PyObject* key = check(PyUnicode_InternFromString(name)).release();
@@ -49,8 +58,12 @@ void OwnGlobals::capture(PyObject* dict) {
   }
 }
 
-bool OwnGlobals::hold() const {
+bool Natives::hold() const {
   if (!complete_) return false;
+  for (const ClassGuard* guard : classes_)
+    if (!guard->intact()) return false;
+  for (const Natives* included : includes_)
+    if (!included->hold()) return false;
   const unsigned long long now = globals_generation();
   if (now == checked_generation_) return true;
   PyObject* dict = module_dict();
@@ -62,13 +75,13 @@ bool OwnGlobals::hold() const {
   return true;
 }
 
-void capture_own_globals() {
+void capture_natives() {
   PyObject* dict = module_dict();
 #if PY_VERSION_HEX >= 0x030C0000
   const int watcher = check(PyDict_AddWatcher(count_change));
   check(PyDict_Watch(watcher, dict));
 #endif
-  for (OwnGlobals* g : registry()) g->capture(dict);
+  for (Natives* n : registry()) n->capture(dict);
 }
 
 }  // namespace ostrel

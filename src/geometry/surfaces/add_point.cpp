@@ -1,6 +1,5 @@
 // add_point: a point added to a list of unique points unless an equal one is there.
 #include "module/class_builder.hpp"
-#include "module/definitions.hpp"
 #include "module/objects.hpp"
 
 namespace ostrel {
@@ -8,9 +7,10 @@ namespace ostrel {
 namespace {
 
 // A new list (the argument is left as it is) and the index of the point in it.
+enum class AddPoint { unique_points, point };
 Ref add_point(const Args& a) {
-  PyObject* point = a[1];
-  Ref points = check(PySequence_List(a[0]));
+  PyObject* point = a[AddPoint::point];
+  Ref points = check(PySequence_List(a[AddPoint::unique_points]));
   const Py_ssize_t count = PyList_GET_SIZE(points.get());
   for (Py_ssize_t index = 0; index < count; ++index) {
     Ref existing = Ref::borrow(PyList_GET_ITEM(points.get(), index));
@@ -24,13 +24,13 @@ Ref add_point(const Args& a) {
   Ref appended = new_int(PyList_GET_SIZE(points.get()) - 1);
   return tuple({points.get(), appended.get()});
 }
+constexpr Member add_point_member = function("add_point", "(unique_points: List[Point], point: Point) -> Tuple[List[Point], int]", add_point, "A new list with `point` appended unless an equal point is in `unique_points`, and the\n"
+                  "index of the point in it.");
 
 }  // namespace
 
 void define_add_point() {
-  define_function("add_point", "(unique_points: List[Point], point: Point) -> Tuple[List[Point], int]", add_point,
-                  "A new list with `point` appended unless an equal point is in `unique_points`, and the\n"
-                  "index of the point in it.");
+  for (const Member& m : {add_point_member}) define_function(m);
 }
 
 }  // namespace ostrel

@@ -4,9 +4,9 @@
 #include <optional>
 #include <utility>
 
-#include "foundations/tolerance.hpp"
+#include "foundations/float_kernel.hpp"
 
-namespace ostrel {
+namespace ostrel::kernel {
 
 // An interval given by its two ends, in either order.
 struct Interval {
@@ -29,4 +29,4 @@ inline std::optional<Interval> find_overlap(Interval a, Interval b, bool inclusi
   return Interval{b.start > a.start ? b.start : a.start, b.end < a.end ? b.end : a.end};
 }
 
-}  // namespace ostrel
+}  // namespace ostrel::kernel

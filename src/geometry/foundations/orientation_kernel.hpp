@@ -4,9 +4,9 @@
 
 #include <span>
 
-#include "foundations/vec3.hpp"
+#include "foundations/vec3_kernel.hpp"
 
-namespace ostrel {
+namespace ostrel::kernel {
 
 // The sum over neighbouring pairs (p, q) of (q.x - p.x) * (q.y + p.y), added in order
 // from 0.0: twice the area enclosed, positive when the ring runs clockwise. The pair
@@ -27,4 +27,4 @@ inline bool circumference_is_clockwise(std::span<const Vec3> closed_ring) {
   return orientation_sum(closed_ring) >= 0.0;
 }
 
-}  // namespace ostrel
+}  // namespace ostrel::kernel

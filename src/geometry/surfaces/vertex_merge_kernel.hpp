@@ -11,10 +11,9 @@
 #include <span>
 #include <vector>
 
-#include "foundations/tolerance.hpp"
-#include "foundations/vec3.hpp"
+#include "foundations/vec3_kernel.hpp"
 
-namespace ostrel::vertex_merge {
+namespace ostrel::kernel {
 
 struct IndexedMesh {
   // One face per triangle: the vertex of each of its three corners.
@@ -27,9 +26,9 @@ struct IndexedMesh {
 // stored before its triangle when the two points are equal by `tolerance` in x, y and
 // z (math.isclose: NaN equals nothing, an infinity only itself). The corners of one
 // triangle are not compared with each other.
-IndexedMesh merge(std::span<const Vec3> corners, Tolerance tolerance);
+IndexedMesh merge_vertices(std::span<const Vec3> corners, Tolerance tolerance);
 
 // Every corner a vertex of its own, numbered in corner order.
-IndexedMesh separate(std::size_t corner_count);
+IndexedMesh separate_vertices(std::size_t corner_count);
 
-}  // namespace ostrel::vertex_merge
+}  // namespace ostrel::kernel

@@ -1,10 +1,10 @@
-#include "surfaces/vertex_merge.hpp"
+#include "surfaces/vertex_merge_kernel.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 
-namespace ostrel::vertex_merge {
+namespace ostrel::kernel {
 
 namespace {
 
@@ -117,7 +117,7 @@ class Grid {
 
 }  // namespace
 
-IndexedMesh merge(std::span<const Vec3> corners, Tolerance tolerance) {
+IndexedMesh merge_vertices(std::span<const Vec3> corners, Tolerance tolerance) {
   IndexedMesh mesh;
   const std::size_t triangle_count = corners.size() / 3;
   mesh.faces.reserve(triangle_count);
@@ -160,7 +160,7 @@ IndexedMesh merge(std::span<const Vec3> corners, Tolerance tolerance) {
   return mesh;
 }
 
-IndexedMesh separate(std::size_t corner_count) {
+IndexedMesh separate_vertices(std::size_t corner_count) {
   IndexedMesh mesh;
   mesh.faces.reserve(corner_count / 3);
   mesh.sources.reserve(corner_count);
@@ -171,4 +171,4 @@ IndexedMesh separate(std::size_t corner_count) {
   return mesh;
 }
 
-}  // namespace ostrel::vertex_merge
+}  // namespace ostrel::kernel
