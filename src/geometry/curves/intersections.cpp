@@ -23,12 +23,13 @@ using kernel::Segment;
 // that path's set instead of repeating it.
 Natives line_function_natives{{"get_line_function_parameters", "np"}};
 Natives with_x_natives{{}, {&point_class()}, {&line_function_natives}};
-Natives extended_lines_natives{{"line_is_vertical", "calculate_intersection_extended_line_with_x"}, {}, {&with_x_natives}};
+Natives extended_lines_natives{
+    {"line_is_vertical", "calculate_intersection_extended_line_with_x"}, {}, {&with_x_natives}};
 Natives between_bounds_natives{{"_between_bounds"}};
-Natives bounded_with_y_natives{{"calculate_intersection_extended_line_with_y", "_between_bounds"}, {},
-                               {&line_function_natives}};
-Natives bounded_extended_natives{{"calculate_intersection_extended_lines", "line_is_horizontal", "_between_bounds"}, {},
-                                 {&extended_lines_natives}};
+Natives bounded_with_y_natives{
+    {"calculate_intersection_extended_line_with_y", "_between_bounds"}, {}, {&line_function_natives}};
+Natives bounded_extended_natives{
+    {"calculate_intersection_extended_lines", "line_is_horizontal", "_between_bounds"}, {}, {&extended_lines_natives}};
 Natives bounded_lines_natives{{"calculate_intersection_bounded_line_extended_line"}, {}, {&bounded_extended_natives}};
 // point_is_on_bounded_line makes a Line and a Point and calls their members.
 Natives on_bounded_line_natives{{}, {&vector_class()}, {&line_natives()}};
@@ -83,8 +84,10 @@ Ref extended_line_with_y(const Args& a) {
   Ref difference = sub(y.get(), ab[1].get());
   return div(difference.get(), ab[0].get());
 }
-constexpr Member extended_line_with_y_member = function("calculate_intersection_extended_line_with_y", "(line: Line, y_intersection: float) -> float", extended_line_with_y, "The x at which the infinite line meets the horizontal y = y_intersection: NaN for a\n"
-                  "vertical line, ZeroDivisionError for a horizontal one.");
+constexpr Member extended_line_with_y_member = function(
+    "calculate_intersection_extended_line_with_y", "(line: Line, y_intersection: float) -> float", extended_line_with_y,
+    "The x at which the infinite line meets the horizontal y = y_intersection: NaN for a\n"
+    "vertical line, ZeroDivisionError for a horizontal one.");
 
 enum class BoundedLineWithY { line, y_intersection };
 Ref bounded_line_with_y(const Args& a) {
@@ -102,15 +105,20 @@ Ref bounded_line_with_y(const Args& a) {
   Ref inside = call(between.get(), {x.get(), x1.get(), x2.get()});
   return truth(inside.get()) ? x : none();
 }
-constexpr Member bounded_line_with_y_member = function("calculate_intersection_bounded_line_with_y", "(line: Line, y_intersection: float) -> Optional[float]", bounded_line_with_y, "The x at which the segment meets the horizontal y = y_intersection, or None outside its x\n"
-                  "extent. ZeroDivisionError for a horizontal line.");
+constexpr Member bounded_line_with_y_member =
+    function("calculate_intersection_bounded_line_with_y", "(line: Line, y_intersection: float) -> Optional[float]",
+             bounded_line_with_y,
+             "The x at which the segment meets the horizontal y = y_intersection, or None outside its x\n"
+             "extent. ZeroDivisionError for a horizontal line.");
 
 enum class LineIsHorizontal { line };
 Ref line_is_horizontal(const Args& a) { return getattr(a[LineIsHorizontal::line], id<"horizontal">()); }
-constexpr Member line_is_horizontal_member = function("line_is_horizontal", "(line: Line) -> bool", line_is_horizontal, "The line's horizontal.");
+constexpr Member line_is_horizontal_member =
+    function("line_is_horizontal", "(line: Line) -> bool", line_is_horizontal, "The line's horizontal.");
 enum class LineIsVertical { line };
 Ref line_is_vertical(const Args& a) { return getattr(a[LineIsVertical::line], id<"vertical">()); }
-constexpr Member line_is_vertical_member = function("line_is_vertical", "(line: Line) -> bool", line_is_vertical, "The line's vertical.");
+constexpr Member line_is_vertical_member =
+    function("line_is_vertical", "(line: Line) -> bool", line_is_vertical, "The line's vertical.");
 
 enum class BetweenBoundsFunction { x, x1, x2, inclusive };
 Ref between_bounds_function(const Args& a) {
@@ -118,39 +126,50 @@ Ref between_bounds_function(const Args& a) {
   const kernel::Tolerance t = abs_tolerance();
   return between_result(kernel::between_bounds(a.num(P::x), a.num(P::x1), a.num(P::x2), t), a[P::inclusive]);
 }
-constexpr Member between_bounds_function_member = function("_between_bounds", "(x: float, x1: float, x2: float, inclusive: bool = True) -> bool", between_bounds_function, "Whether x lies between x1 and x2, in either order; at a bound (abs_tol=ISCLOSE_ATOL)\n"
-                  "the result is the inclusive argument itself.");
+constexpr Member between_bounds_function_member = function(
+    "_between_bounds", "(x: float, x1: float, x2: float, inclusive: bool = True) -> bool", between_bounds_function,
+    "Whether x lies between x1 and x2, in either order; at a bound (abs_tol=ISCLOSE_ATOL)\n"
+    "the result is the inclusive argument itself.");
 
 // x_between_bounds and y_between_bounds: `_between_bounds(v, v1, v2, inclusive)`.
-enum class BetweenBoundsByName { x, x1, x2, inclusive };
+enum class BetweenBoundsByName { value, bound1, bound2, inclusive };
 Ref between_bounds_by_name(const Args& a) {
+  using P = BetweenBoundsByName;
   if (between_bounds_natives.hold()) return between_bounds_function(a);
   Ref between = global<"_between_bounds">();
-  Ref v = new_float(a.num(BetweenBoundsByName::x)), v1 = new_float(a.num(BetweenBoundsByName::x1)), v2 = new_float(a.num(BetweenBoundsByName::x2));
-  return call(between.get(), {v.get(), v1.get(), v2.get(), a[BetweenBoundsByName::inclusive]});
+  Ref v = new_float(a.num(P::value)), v1 = new_float(a.num(P::bound1)), v2 = new_float(a.num(P::bound2));
+  return call(between.get(), {v.get(), v1.get(), v2.get(), a[P::inclusive]});
 }
-constexpr Member between_bounds_by_name_member = function("x_between_bounds", "(x: float, x1: float, x2: float, inclusive: bool = True) -> bool", between_bounds_by_name, "_between_bounds for x values.");
-constexpr Member between_bounds_by_name_y_between_bounds_member = function("y_between_bounds", "(y: float, y1: float, y2: float, inclusive: bool = True) -> bool", between_bounds_by_name, "_between_bounds for y values.");
+constexpr Member x_between_bounds_member =
+    function("x_between_bounds", "(x: float, x1: float, x2: float, inclusive: bool = True) -> bool",
+             between_bounds_by_name, "_between_bounds for x values.");
+constexpr Member y_between_bounds_member =
+    function("y_between_bounds", "(y: float, y1: float, y2: float, inclusive: bool = True) -> bool",
+             between_bounds_by_name, "_between_bounds for y values.");
 
 // `Line(*line)` read natively: a line, or a pair of point-likes.
 std::optional<Segment> read_line_like(PyObject* line) {
   if (!PyTuple_CheckExact(line) && !PyList_CheckExact(line)) return read_line(line);
   if (PySequence_Fast_GET_SIZE(line) != 2) return std::nullopt;
-  const auto start = read_point_like(PySequence_Fast_GET_ITEM(line, 0));
+  // Held: reading the first can run a caller's code that empties the sequence.
+  Ref first = Ref::borrow(PySequence_Fast_GET_ITEM(line, 0)), second = Ref::borrow(PySequence_Fast_GET_ITEM(line, 1));
+  const auto start = read_point_like(first.get());
   if (!start) return std::nullopt;
-  const auto end = read_point_like(PySequence_Fast_GET_ITEM(line, 1));
+  const auto end = read_point_like(second.get());
   if (!end) return std::nullopt;
   return Segment{*start, *end};
 }
 
 enum class PointIsOnBoundedLine { point, line, inclusive };
 Ref point_is_on_bounded_line(const Args& a) {
-  PyObject *point = a[PointIsOnBoundedLine::point], *line = a[PointIsOnBoundedLine::line], *inclusive = a[PointIsOnBoundedLine::inclusive];
+  PyObject *point = a[PointIsOnBoundedLine::point], *line = a[PointIsOnBoundedLine::line],
+           *inclusive = a[PointIsOnBoundedLine::inclusive];
   if (on_bounded_line_natives.hold()) {
     const auto p = read_point_like(point);
     const auto s = p ? read_line_like(line) : std::nullopt;
     if (const auto t = s ? native_tolerances() : std::nullopt) {
-      if (kernel::coincide(s->start, s->end, t->module)) raise(PyExc_ValueError, "Start and end point may not coincide");
+      if (kernel::coincide(s->start, s->end, t->module))
+        raise(PyExc_ValueError, "Start and end point may not coincide");
       const kernel::OnSegment on = kernel::point_on_bounded_line(*p, *s, t->module);
       if (on == kernel::OnSegment::at_end) return Ref::borrow(inclusive);
       return boolean(on == kernel::OnSegment::within);
@@ -176,9 +195,13 @@ Ref point_is_on_bounded_line(const Args& a) {
   Ref size = getattr(span.get(), id<"magnitude">());
   return boolean(compares(distance.get(), size.get(), Py_LT));
 }
-constexpr Member point_is_on_bounded_line_member = function("point_is_on_bounded_line", "(point: Point-like, line: Union[Line, Tuple[Tuple[float, float, float], Tuple[float, float, "
-                  "float]]], inclusive: bool = True) -> bool", point_is_on_bounded_line, "Whether the point lies on the segment, in 3D; at an end the result is the inclusive\n"
-                  "argument itself.");
+constexpr Member point_is_on_bounded_line_member =
+    function("point_is_on_bounded_line",
+             "(point: Point-like, line: Union[Line, Tuple[Tuple[float, float, float], Tuple[float, float, "
+             "float]]], inclusive: bool = True) -> bool",
+             point_is_on_bounded_line,
+             "Whether the point lies on the segment, in 3D; at an end the result is the inclusive\n"
+             "argument itself.");
 
 enum class ExtendedLineWithX { line, x };
 Ref extended_line_with_x(const Args& a) {
@@ -192,13 +215,17 @@ Ref extended_line_with_x(const Args& a) {
   Ref y = add(ax.get(), ab[1].get());
   return call(point_cls.get(), {x.get(), y.get()});
 }
-constexpr Member extended_line_with_x_member = function("calculate_intersection_extended_line_with_x", "(line: Line, x: float) -> Point", extended_line_with_x, "The point of the infinite line at x, at z = 0; its y is NaN for a vertical line.");
+constexpr Member extended_line_with_x_member =
+    function("calculate_intersection_extended_line_with_x", "(line: Line, x: float) -> Point", extended_line_with_x,
+             "The point of the infinite line at x, at z = 0; its y is NaN for a vertical line.");
 
 enum class GetLineFunctionParameters { line };
 Ref get_line_function_parameters(const Args& a) {
   return call_method(a[GetLineFunctionParameters::line], id<"get_line_function_parameters">(), {});
 }
-constexpr Member get_line_function_parameters_member = function("get_line_function_parameters", "(line: Line) -> Tuple[float, float]", get_line_function_parameters, "The line's get_line_function_parameters(): (a, b) of y = a * x + b.");
+constexpr Member get_line_function_parameters_member =
+    function("get_line_function_parameters", "(line: Line) -> Tuple[float, float]", get_line_function_parameters,
+             "The line's get_line_function_parameters(): (a, b) of y = a * x + b.");
 
 bool is_vertical_by_name(PyObject* line) {
   Ref function = global<"line_is_vertical">();
@@ -233,7 +260,9 @@ Ref extended_lines(const Args& a) {
   Ref y = add(ax.get(), f1[1].get());
   return call(point_cls.get(), {x.get(), y.get()});
 }
-constexpr Member extended_lines_member = function("calculate_intersection_extended_lines", "(extended_line1: Line, extended_line2: Line) -> Optional[Point]", extended_lines, "Where two infinite lines meet in the xy plane, or None when they are parallel.");
+constexpr Member extended_lines_member =
+    function("calculate_intersection_extended_lines", "(extended_line1: Line, extended_line2: Line) -> Optional[Point]",
+             extended_lines, "Where two infinite lines meet in the xy plane, or None when they are parallel.");
 
 // _between_bounds(P.<c>, S.start_point.<c>, S.end_point.<c>, inclusive)
 bool between_by_name(PyObject* p, PyObject* s, PyObject* c, PyObject* inclusive) {
@@ -252,7 +281,8 @@ bool orientation_by_name(PyObject* name, PyObject* line) {
 
 enum class BoundedLineExtendedLine { bounded_line, extended_line, inclusive };
 Ref bounded_line_extended_line(const Args& a) {
-  PyObject *s = a[BoundedLineExtendedLine::bounded_line], *extended = a[BoundedLineExtendedLine::extended_line], *inclusive = a[BoundedLineExtendedLine::inclusive];
+  PyObject *s = a[BoundedLineExtendedLine::bounded_line], *extended = a[BoundedLineExtendedLine::extended_line],
+           *inclusive = a[BoundedLineExtendedLine::inclusive];
   if (const auto in = native_inputs(bounded_extended_natives, Reading::xyz, s, extended, inclusive))
     return point_or_none(
         kernel::intersection_bounded_line_extended_line(in->first, in->second, in->inclusive, in->tolerances));
@@ -271,7 +301,10 @@ Ref bounded_line_extended_line(const Args& a) {
   }
   return none();
 }
-constexpr Member bounded_line_extended_line_member = function("calculate_intersection_bounded_line_extended_line", "(bounded_line: Line, extended_line: Line, inclusive: bool = True) -> Optional[Point]", bounded_line_extended_line, "Where the infinite extended_line meets the segment bounded_line, or None.");
+constexpr Member bounded_line_extended_line_member =
+    function("calculate_intersection_bounded_line_extended_line",
+             "(bounded_line: Line, extended_line: Line, inclusive: bool = True) -> Optional[Point]",
+             bounded_line_extended_line, "Where the infinite extended_line meets the segment bounded_line, or None.");
 
 // [line.start_point.<c>, line.end_point.<c>]
 Ref values(PyObject* line, PyObject* c) {
@@ -290,7 +323,8 @@ bool boxes_apart(PyObject* first, PyObject* second, bool inclusive) {
 
 enum class BoundedLines { bounded_line1, bounded_line2, inclusive };
 Ref bounded_lines(const Args& a) {
-  PyObject *line1 = a[BoundedLines::bounded_line1], *line2 = a[BoundedLines::bounded_line2], *inclusive = a[BoundedLines::inclusive];
+  PyObject *line1 = a[BoundedLines::bounded_line1], *line2 = a[BoundedLines::bounded_line2],
+           *inclusive = a[BoundedLines::inclusive];
   if (bounded_lines_natives.hold())
     if (const auto include = plain_truth(inclusive)) {
       // Most pairs part at the bounding boxes, which need no z.
@@ -323,13 +357,21 @@ Ref bounded_lines(const Args& a) {
   PyErr_SetNone(PyExc_ValueError);
   throw PyError{};
 }
-constexpr Member bounded_lines_member = function("calculate_intersection_bounded_lines", "(bounded_line1: Line, bounded_line2: Line, inclusive: bool = True) -> Optional[Point]", bounded_lines, "Where two segments meet in the xy plane, or None; ends count when inclusive is true.\n"
-                  "ValueError when the two segments' answers differ.");
+constexpr Member bounded_lines_member =
+    function("calculate_intersection_bounded_lines",
+             "(bounded_line1: Line, bounded_line2: Line, inclusive: bool = True) -> Optional[Point]", bounded_lines,
+             "Where two segments meet in the xy plane, or None; ends count when inclusive is true.\n"
+             "ValueError when the two segments' answers differ.");
 
 }  // namespace
 
 void define_line_intersections() {
-  for (const Member& m : {bounded_line_with_y_member, extended_line_with_y_member, line_is_horizontal_member, line_is_vertical_member, between_bounds_function_member, between_bounds_by_name_member, between_bounds_by_name_y_between_bounds_member, point_is_on_bounded_line_member, extended_line_with_x_member, get_line_function_parameters_member, extended_lines_member, bounded_line_extended_line_member, bounded_lines_member}) define_function(m);
+  for (const Member& m :
+       {bounded_line_with_y_member, extended_line_with_y_member, line_is_horizontal_member, line_is_vertical_member,
+        between_bounds_function_member, x_between_bounds_member, y_between_bounds_member,
+        point_is_on_bounded_line_member, extended_line_with_x_member, get_line_function_parameters_member,
+        extended_lines_member, bounded_line_extended_line_member, bounded_lines_member})
+    define_function(m);
 }
 
 }  // namespace ostrel

@@ -58,12 +58,15 @@ Ref init(const Args& a) {
   setattr(a.self(), id<"_end_point">(), end.get());
   return none();
 }
-constexpr Member init_member = method("__init__", "(start_point: Point-like, end_point: Point-like)", init, "Make a line between copies of two points, or of two sequences of two or three numbers;\n"
-              "ValueError when they coincide.");
+constexpr Member init_member =
+    method("__init__", "(start_point: Point-like, end_point: Point-like)", init,
+           "Make a line between copies of two points, or of two sequences of two or three numbers;\n"
+           "ValueError when they coincide.");
 
 enum class GetEnd { self, index };
 Ref get_end(const Args& a) { return item_index(a[GetEnd::index], 2) == 0 ? start_of(a.self()) : end_of(a.self()); }
-constexpr Member get_end_member = method("__getitem__", "(index: int) -> Point", get_end, "The start point at 0, the end point at 1.");
+constexpr Member get_end_member =
+    method("__getitem__", "(index: int) -> Point", get_end, "The start point at 0, the end point at 1.");
 
 Ref start_iteration(PyObject* self) {
   Ref start = start_of(self), end = end_of(self);
@@ -72,7 +75,8 @@ Ref start_iteration(PyObject* self) {
 }
 
 Ref iter(const Args& a) { return make_lazy_iterator(a.self(), start_iteration); }
-constexpr Member iter_member = method("__iter__", "() -> Iterator[Point]", iter, "Iterate over the start and end point.");
+constexpr Member iter_member =
+    method("__iter__", "() -> Iterator[Point]", iter, "Iterate over the start and end point.");
 
 enum class Eq { self, other };
 Ref eq(const Args& a) {
@@ -84,12 +88,15 @@ Ref eq(const Args& a) {
   Ref my_end = end_of(self), their_end = end_of(other);
   return compare(my_end.get(), their_end.get(), Py_EQ);
 }
-constexpr Member eq_member = method("__eq__", "(other: object) -> bool", eq, "Equal start points and equal end points.");
+constexpr Member eq_member =
+    method("__eq__", "(other: object) -> bool", eq, "Equal start points and equal end points.");
 
 Ref get_start_point(const Args& a) { return start_of(a.self()); }
-constexpr Member get_start_point_member = property("start_point", "() -> Point", get_start_point, "The first end of the line.");
+constexpr Member get_start_point_member =
+    property("start_point", "() -> Point", get_start_point, "The first end of the line.");
 Ref get_end_point(const Args& a) { return end_of(a.self()); }
-constexpr Member get_end_point_member = property("end_point", "() -> Point", get_end_point, "The second end of the line.");
+constexpr Member get_end_point_member =
+    property("end_point", "() -> Point", get_end_point, "The second end of the line.");
 
 // self._start_point.vector_to(self._end_point)
 Ref span(PyObject* self) {
@@ -101,7 +108,8 @@ Ref length(const Args& a) {
   Ref v = span(a.self());
   return getattr(v.get(), id<"magnitude">());
 }
-constexpr Member length_member = property("length", "() -> float", length, "Distance from the start point to the end point.");
+constexpr Member length_member =
+    property("length", "() -> float", length, "Distance from the start point to the end point.");
 
 enum class Direction { self, normalize };
 Ref direction(const Args& a) {
@@ -109,7 +117,9 @@ Ref direction(const Args& a) {
   if (truth(a[Direction::normalize])) return call_method(v.get(), id<"normalize">(), {});
   return v;
 }
-constexpr Member direction_member = method("direction", "(normalize: bool = True) -> Vector", direction, "The vector from the start point to the end point, of length one when normalize is true.");
+constexpr Member direction_member =
+    method("direction", "(normalize: bool = True) -> Vector", direction,
+           "The vector from the start point to the end point, of length one when normalize is true.");
 
 enum class Collinear { self, point };
 Ref collinear(const Args& a) {
@@ -135,7 +145,8 @@ Ref collinear(const Args& a) {
   Ref opposite = check(PyNumber_Negative(vec.get()));
   return compare(along.get(), opposite.get(), Py_EQ);
 }
-constexpr Member collinear_member = method("collinear", "(point: Point-like) -> bool", collinear, "Whether the point lies on the unbounded line through this one.");
+constexpr Member collinear_member = method("collinear", "(point: Point-like) -> bool", collinear,
+                                           "Whether the point lies on the unbounded line through this one.");
 
 // Point(*(projection_length * direction + Vector(*self._start_point))), with the
 // names looked up where the expression looks them up.
@@ -154,7 +165,8 @@ Ref project_point(const Args& a) {
   Ref foot = check(PyNumber_Add(scaled.get(), origin.get()));
   return star_call(point_cls.get(), foot.get());
 }
-constexpr Member project_point_member = method("project_point", "(point: Point-like) -> Point", project_point, "The foot of the perpendicular from the point on the unbounded line.");
+constexpr Member project_point_member = method("project_point", "(point: Point-like) -> Point", project_point,
+                                               "The foot of the perpendicular from the point on the unbounded line.");
 
 enum class DistanceToPoint { self, point };
 Ref distance_to_point(const Args& a) {
@@ -162,7 +174,8 @@ Ref distance_to_point(const Args& a) {
   Ref v = call_method(foot.get(), id<"vector_to">(), {a[DistanceToPoint::point]});
   return getattr(v.get(), id<"magnitude">());
 }
-constexpr Member distance_to_point_member = method("distance_to_point", "(point: Point-like) -> float", distance_to_point, "Distance from the point to the unbounded line.");
+constexpr Member distance_to_point_member = method("distance_to_point", "(point: Point-like) -> float",
+                                                   distance_to_point, "Distance from the point to the unbounded line.");
 
 Ref length_vector(const Args& a) {
   Ref array = getattr(global<"np">().get(), id<"array">());
@@ -170,7 +183,8 @@ Ref length_vector(const Args& a) {
   Ref coordinates = getattr(v.get(), id<"coordinates">());
   return call(array.get(), {coordinates.get()});
 }
-constexpr Member length_vector_member = property("length_vector", "() -> np.ndarray", length_vector, "The array from the start point to the end point.");
+constexpr Member length_vector_member =
+    property("length_vector", "() -> np.ndarray", length_vector, "The array from the start point to the end point.");
 
 Ref unit_vector(const Args& a) {
   Ref one = new_int(1);
@@ -179,13 +193,15 @@ Ref unit_vector(const Args& a) {
   Ref vector = getattr(a.self(), id<"length_vector">());
   return check(PyNumber_Multiply(inverse.get(), vector.get()));
 }
-constexpr Member unit_vector_member = property("unit_vector", "() -> np.ndarray", unit_vector, "The length vector divided by the length.");
+constexpr Member unit_vector_member =
+    property("unit_vector", "() -> np.ndarray", unit_vector, "The length vector divided by the length.");
 
 Ref geometries(const Args& a) {
   Ref start = start_of(a.self()), end = end_of(a.self());
   return tuple({start.get(), end.get()});
 }
-constexpr Member geometries_member = property("geometries", "() -> Tuple[Point, Point]", geometries, "The tuple of the start and end point.");
+constexpr Member geometries_member =
+    property("geometries", "() -> Tuple[Point, Point]", geometries, "The tuple of the start and end point.");
 
 // math.kernel::isclose(self.start_point.<c>, self.end_point.<c>), no tolerance arguments.
 bool ends_close(PyObject* self, PyObject* coordinate) {
@@ -202,14 +218,16 @@ Ref horizontal(const Args& a) {
   if (!ends_close(a.self(), id<"y">())) return boolean(false);
   return boolean(!ends_close(a.self(), id<"x">()));
 }
-constexpr Member horizontal_member = property("horizontal", "() -> bool", horizontal, "Equal y and different x at both ends (plain math.kernel::isclose).");
+constexpr Member horizontal_member = property("horizontal", "() -> bool", horizontal,
+                                              "Equal y and different x at both ends (plain math.kernel::isclose).");
 
 Ref vertical(const Args& a) {
   if (const auto s = read_line_xy(a.self())) return boolean(kernel::is_vertical(*s));
   if (!ends_close(a.self(), id<"x">())) return boolean(false);
   return boolean(!ends_close(a.self(), id<"y">()));
 }
-constexpr Member vertical_member = property("vertical", "() -> bool", vertical, "Equal x and different y at both ends (plain math.kernel::isclose).");
+constexpr Member vertical_member =
+    property("vertical", "() -> bool", vertical, "Equal x and different y at both ends (plain math.kernel::isclose).");
 
 enum class Discretize { self, num };
 Ref discretize(const Args& a) {
@@ -219,7 +237,8 @@ Ref discretize(const Args& a) {
   Ref start = start_of(a.self()), end = end_of(a.self());
   return list({start.get(), end.get()});
 }
-constexpr Member discretize_member = method("discretize", "(num: int = 2) -> List[Point]", discretize, "The start and end point; other numbers of points are not supported.");
+constexpr Member discretize_member = method("discretize", "(num: int = 2) -> List[Point]", discretize,
+                                            "The start and end point; other numbers of points are not supported.");
 
 Ref get_line_function_parameters(const Args& a) {
   PyObject* self = a.self();
@@ -256,7 +275,9 @@ Ref get_line_function_parameters(const Args& a) {
   Ref intercept = sub(sy.get(), product.get());
   return tuple({slope.get(), intercept.get()});
 }
-constexpr Member get_line_function_parameters_member = method("get_line_function_parameters", "() -> Tuple[float, float]", get_line_function_parameters, "(a, b) of y = a * x + b in the xy plane; both NaN for an x difference of exactly zero.");
+constexpr Member get_line_function_parameters_member =
+    method("get_line_function_parameters", "() -> Tuple[float, float]", get_line_function_parameters,
+           "(a, b) of y = a * x + b in the xy plane; both NaN for an x difference of exactly zero.");
 
 // _check_overlap_sign_x and _y: the pair turned round when exactly one of it and the
 // line runs towards larger values of the coordinate.
@@ -276,8 +297,12 @@ Ref check_overlap_sign(const Args& a) {
   Ref second = getitem(overlap, 1), first_again = getitem(overlap, 0);
   return tuple({second.get(), first_again.get()});
 }
-constexpr Member check_overlap_sign_x_member = method("_check_overlap_sign_x", "(overlap: Tuple[float, float]) -> Tuple[float, float]", check_overlap_sign<"x">, "The x pair of an overlap, turned to run along this line.");
-constexpr Member check_overlap_sign_y_member = method("_check_overlap_sign_y", "(overlap: Tuple[float, float]) -> Tuple[float, float]", check_overlap_sign<"y">, "The y pair of an overlap, turned to run along this line.");
+constexpr Member check_overlap_sign_x_member =
+    method("_check_overlap_sign_x", "(overlap: Tuple[float, float]) -> Tuple[float, float]", check_overlap_sign<"x">,
+           "The x pair of an overlap, turned to run along this line.");
+constexpr Member check_overlap_sign_y_member =
+    method("_check_overlap_sign_y", "(overlap: Tuple[float, float]) -> Tuple[float, float]", check_overlap_sign<"y">,
+           "The y pair of an overlap, turned to run along this line.");
 
 // Line(Point(x0, ys[0]), Point(x1, ys[1])), or Point(x0, ys[0]) when that raises
 // ValueError: the two ends coincide.
@@ -372,8 +397,10 @@ Ref find_overlap(const Args& a) {
   if (truth(other_vertical.get())) return none();
   return sloped_overlap(self, other, inclusive);
 }
-constexpr Member find_overlap_member = method("find_overlap", "(other: Line, inclusive: bool = False) -> Optional[Union[Point, Line]]", find_overlap, "The part of the xy plane both parallel lines cover: None, a Point for a length of zero,\n"
-              "or a Line in the direction of this one, at z = 0.");
+constexpr Member find_overlap_member =
+    method("find_overlap", "(other: Line, inclusive: bool = False) -> Optional[Union[Point, Line]]", find_overlap,
+           "The part of the xy plane both parallel lines cover: None, a Point for a length of zero,\n"
+           "or a Line in the direction of this one, at z = 0.");
 
 }  // namespace
 
@@ -398,7 +425,9 @@ bool hold_line_xy(PyObject* line, HeldLine& held) {
     PyErr_Clear();
     return false;
   }
-  auto read_xy = [](PyObject* point, Vec3& p) { return read_floats(point_class(), point, {id<"_x">(), id<"_y">()}, &p.x); };
+  auto read_xy = [](PyObject* point, Vec3& p) {
+    return read_floats(point_class(), point, {id<"_x">(), id<"_y">()}, &p.x);
+  };
   return read_xy(held.start.get(), held.segment.start) && read_xy(held.end.get(), held.segment.end);
 }
 
@@ -443,7 +472,28 @@ void define_line() {
   define_class("Line", {},
                "A straight segment from start_point to end_point, two points that do not coincide.\n"
                "A line is directed: a line and its reverse are not equal.",
-      {init_member, get_end_member, iter_member, eq_member, get_start_point_member, get_end_point_member, length_member, direction_member, collinear_member, project_point_member, distance_to_point_member, length_vector_member, unit_vector_member, geometries_member, horizontal_member, vertical_member, discretize_member, get_line_function_parameters_member, find_overlap_member, check_overlap_sign_x_member, check_overlap_sign_y_member}, &guard);
+               {init_member,
+                get_end_member,
+                iter_member,
+                eq_member,
+                get_start_point_member,
+                get_end_point_member,
+                length_member,
+                direction_member,
+                collinear_member,
+                project_point_member,
+                distance_to_point_member,
+                length_vector_member,
+                unit_vector_member,
+                geometries_member,
+                horizontal_member,
+                vertical_member,
+                discretize_member,
+                get_line_function_parameters_member,
+                find_overlap_member,
+                check_overlap_sign_x_member,
+                check_overlap_sign_y_member},
+               &guard);
 }
 
 }  // namespace ostrel

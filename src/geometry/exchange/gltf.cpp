@@ -47,7 +47,8 @@ namespace {
 
 enum class AddGeometryToScene { scene, geometry, name, transform };
 Ref add_geometry_to_scene(const Args& a) {
-  PyObject *scene = a[AddGeometryToScene::scene], *geometry = a[AddGeometryToScene::geometry], *name = a[AddGeometryToScene::name], *transform = a[AddGeometryToScene::transform];
+  PyObject *scene = a[AddGeometryToScene::scene], *geometry = a[AddGeometryToScene::geometry],
+           *name = a[AddGeometryToScene::name], *transform = a[AddGeometryToScene::transform];
   Ref scene_class = getattr(global<"trimesh">().get(), id<"Scene">());
   if (isinstance(geometry, scene_class.get())) {
     Ref scene_geometry = getattr(scene, id<"geometry">());
@@ -74,9 +75,13 @@ Ref add_geometry_to_scene(const Args& a) {
            {node_data_keyword(), extras.get()}});
   return n;
 }
-constexpr Member add_geometry_to_scene_member = static_method("add_geometry_to_scene", "(scene: trimesh.Scene, geometry: trimesh.parent.Geometry3D, *, name: str, "
-                     "transform: np.ndarray = None) -> str", add_geometry_to_scene, "Put a geometry or a nested scene below the base frame of `scene`, marked with `name` in "
-                     "its node extras; return the name of the new node.");
+constexpr Member add_geometry_to_scene_member =
+    static_method("add_geometry_to_scene",
+                  "(scene: trimesh.Scene, geometry: trimesh.parent.Geometry3D, *, name: str, "
+                  "transform: np.ndarray = None) -> str",
+                  add_geometry_to_scene,
+                  "Put a geometry or a nested scene below the base frame of `scene`, marked with `name` in "
+                  "its node extras; return the name of the new node.");
 
 // `with file.open_binary() as w: w.write(content)`, with the context manager protocol's
 // handling of an exception raised inside the block.
@@ -124,13 +129,14 @@ Ref to_gltf(const Args& a) {
   setattr(logger.get(), id<"disabled">(), Py_False);
   return file;
 }
-constexpr Member to_gltf_member = class_method("to_gltf", "(*objects: TransformableObject) -> File", to_gltf, "Export the objects as one GLB file, held in a new File.");
+constexpr Member to_gltf_member = class_method("to_gltf", "(*objects: TransformableObject) -> File", to_gltf,
+                                               "Export the objects as one GLB file, held in a new File.");
 
 }  // namespace
 
 void define_gltf() {
   define_class("_GLTF", {}, "Export of scene objects as one binary glTF (GLB) file.",
-      {add_geometry_to_scene_member, to_gltf_member});
+               {add_geometry_to_scene_member, to_gltf_member});
 }
 
 }  // namespace ostrel

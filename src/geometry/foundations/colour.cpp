@@ -24,7 +24,9 @@ Ref hex_to_rgb(const Args& a) {
   }
   return check(PyList_AsTuple(parts.get()));
 }
-constexpr Member hex_to_rgb_member = function("hex_to_rgb", "(value: str) -> Tuple[int, int, int]", hex_to_rgb, "The numbers of a hexadecimal colour text such as \"#ff8000\" or \"f80\".");
+constexpr Member hex_to_rgb_member =
+    function("hex_to_rgb", "(value: str) -> Tuple[int, int, int]", hex_to_rgb,
+             "The numbers of a hexadecimal colour text such as \"#ff8000\" or \"f80\".");
 
 enum class RgbToHex { red, green, blue, include_hashtag };
 Ref rgb_to_hex(const Args& a) {
@@ -38,7 +40,9 @@ Ref rgb_to_hex(const Args& a) {
   Ref hash = new_str("#");
   return check(PyUnicode_Concat(hash.get(), text.get()));
 }
-constexpr Member rgb_to_hex_member = function("rgb_to_hex", "(red: int, green: int, blue: int, include_hashtag: bool = True) -> str", rgb_to_hex, "The hexadecimal text of a colour, \"#ff8000\", or \"ff8000\" without the hashtag.");
+constexpr Member rgb_to_hex_member =
+    function("rgb_to_hex", "(red: int, green: int, blue: int, include_hashtag: bool = True) -> str", rgb_to_hex,
+             "The hexadecimal text of a colour, \"#ff8000\", or \"ff8000\" without the hashtag.");
 
 }  // namespace
 

@@ -36,7 +36,9 @@ Ref spherical_to_cartesian(const Args& a) {
   Ref z = mul(r, cos_theta.get());
   return float_array({x.get(), y.get(), z.get()});
 }
-constexpr Member spherical_to_cartesian_member = function("spherical_to_cartesian", "(spherical_coordinates: Tuple[float, float, float]) -> np.ndarray", spherical_to_cartesian, "Array (x, y, z) of spherical coordinates (r, theta, phi), in radians.");
+constexpr Member spherical_to_cartesian_member =
+    function("spherical_to_cartesian", "(spherical_coordinates: Tuple[float, float, float]) -> np.ndarray",
+             spherical_to_cartesian, "Array (x, y, z) of spherical coordinates (r, theta, phi), in radians.");
 
 enum class CartesianToSpherical { cartesian_coordinates };
 Ref cartesian_to_spherical(const Args& a) {
@@ -58,7 +60,9 @@ Ref cartesian_to_spherical(const Args& a) {
   Ref phi = atan2_of(c1_again.get(), c0_again.get());
   return float_array({r.get(), theta.get(), phi.get()});
 }
-constexpr Member cartesian_to_spherical_member = function("cartesian_to_spherical", "(cartesian_coordinates: Tuple[float, float, float]) -> np.ndarray", cartesian_to_spherical, "Array (r, theta, phi) of cartesian coordinates: theta from the +z axis, phi from +x.");
+constexpr Member cartesian_to_spherical_member = function(
+    "cartesian_to_spherical", "(cartesian_coordinates: Tuple[float, float, float]) -> np.ndarray",
+    cartesian_to_spherical, "Array (r, theta, phi) of cartesian coordinates: theta from the +z axis, phi from +x.");
 
 enum class CylindricalToCartesian { cylindrical_coordinates };
 Ref cylindrical_to_cartesian(const Args& a) {
@@ -71,7 +75,9 @@ Ref cylindrical_to_cartesian(const Args& a) {
   Ref y = mul(rho, sin_phi.get());
   return float_array({x.get(), y.get(), z});
 }
-constexpr Member cylindrical_to_cartesian_member = function("cylindrical_to_cartesian", "(cylindrical_coordinates: Tuple[float, float, float]) -> np.ndarray", cylindrical_to_cartesian, "Array (x, y, z) of cylindrical coordinates (rho, phi, z).");
+constexpr Member cylindrical_to_cartesian_member =
+    function("cylindrical_to_cartesian", "(cylindrical_coordinates: Tuple[float, float, float]) -> np.ndarray",
+             cylindrical_to_cartesian, "Array (x, y, z) of cylindrical coordinates (rho, phi, z).");
 
 enum class CartesianToCylindrical { cartesian_coordinates };
 Ref cartesian_to_cylindrical(const Args& a) {
@@ -85,12 +91,16 @@ Ref cartesian_to_cylindrical(const Args& a) {
   Ref phi = atan2_of(y, x);
   return float_array({rho.get(), phi.get(), z});
 }
-constexpr Member cartesian_to_cylindrical_member = function("cartesian_to_cylindrical", "(cartesian_coordinates: Tuple[float, float, float]) -> np.ndarray", cartesian_to_cylindrical, "Array (rho, phi, z) of cartesian coordinates.");
+constexpr Member cartesian_to_cylindrical_member =
+    function("cartesian_to_cylindrical", "(cartesian_coordinates: Tuple[float, float, float]) -> np.ndarray",
+             cartesian_to_cylindrical, "Array (rho, phi, z) of cartesian coordinates.");
 
 }  // namespace
 
 void define_coordinate_conversions() {
-  for (const Member& m : {spherical_to_cartesian_member, cartesian_to_spherical_member, cylindrical_to_cartesian_member, cartesian_to_cylindrical_member}) define_function(m);
+  for (const Member& m : {spherical_to_cartesian_member, cartesian_to_spherical_member, cylindrical_to_cartesian_member,
+                          cartesian_to_cylindrical_member})
+    define_function(m);
 }
 
 }  // namespace ostrel

@@ -93,7 +93,9 @@ struct CoordinateFields {
  private:
   // The float the constructor stores for an argument: an exact float argument is
   // already that value.
-  static Ref stored_float(const Args& a, Init i) { return PyFloat_CheckExact(a[i]) ? Ref::borrow(a[i]) : new_float(a.num(i)); }
+  static Ref stored_float(const Args& a, Init i) {
+    return PyFloat_CheckExact(a[i]) ? Ref::borrow(a[i]) : new_float(a.num(i));
+  }
 
   static Ref start_iteration(PyObject* self) {
     Ref x = x_of(self), y = y_of(self), z = z_of(self);

@@ -36,7 +36,9 @@ Ref points_are_coplanar(const Args& a) {
   Ref two = new_int(2);
   return check(PyObject_RichCompare(rank.get(), two.get(), Py_LE));  // NumPy's bool
 }
-constexpr Member points_are_coplanar_member = function("points_are_coplanar", "(points: Sequence[Point-like]) -> bool", points_are_coplanar, "Whether the points lie in one plane; three points always do. Needs at least three.");
+constexpr Member points_are_coplanar_member =
+    function("points_are_coplanar", "(points: Sequence[Point-like]) -> bool", points_are_coplanar,
+             "Whether the points lie in one plane; three points always do. Needs at least three.");
 
 enum class LinesInSamePlane { line1, line2 };
 Ref lines_in_same_plane(const Args& a) {
@@ -48,7 +50,9 @@ Ref lines_in_same_plane(const Args& a) {
   Ref ends = list({s1.get(), e1.get(), s2.get(), e2.get()});
   return call(coplanar.get(), {ends.get()});
 }
-constexpr Member lines_in_same_plane_member = function("lines_in_same_plane", "(line1: Line, line2: Line) -> bool", lines_in_same_plane, "Whether the start and end points of the two lines lie in one plane.");
+constexpr Member lines_in_same_plane_member =
+    function("lines_in_same_plane", "(line1: Line, line2: Line) -> bool", lines_in_same_plane,
+             "Whether the start and end points of the two lines lie in one plane.");
 
 }  // namespace
 

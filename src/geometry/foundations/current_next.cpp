@@ -32,15 +32,14 @@ Ref start_pairs(PyObject* lst) {
 
 enum class CurrentNext { lst };
 Ref current_next(const Args& a) { return make_lazy_iterator(a[CurrentNext::lst], start_pairs); }
-constexpr Member current_next_member = function("_current_next", "(lst: List[T]) -> Iterator[Tuple[T, T]]", current_next,
-                                                "The pairs of neighbours of `lst`, lazily: n items give n - 1 pairs.");
+constexpr Member current_next_member =
+    function("_current_next", "(lst: List[T]) -> Iterator[Tuple[T, T]]", current_next,
+             "The pairs of neighbours of `lst`, lazily: n items give n - 1 pairs.");
 
 }  // namespace
 
 bool is_own_current_next(PyObject* f) { return f == own_function; }
 
-void define_current_next() {
-  own_function = define_function(current_next_member).release();
-}
+void define_current_next() { own_function = define_function(current_next_member).release(); }
 
 }  // namespace ostrel

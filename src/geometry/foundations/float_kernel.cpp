@@ -52,15 +52,25 @@ std::optional<double> host_power(double iv, double iw) {
   if (iv == 1.0) return negate ? -1.0 : 1.0;
   errno = 0;
   double ix = library_pow(iv, iw);
-  if (errno == 0 && std::isinf(ix)) errno = ERANGE;
-  else if (errno == ERANGE && ix == 0.0) errno = 0;  // underflow is not an error
+  if (errno == 0 && std::isinf(ix))
+    errno = ERANGE;
+  else if (errno == ERANGE && ix == 0.0)
+    errno = 0;                          // underflow is not an error
   if (errno != 0) return std::nullopt;  // OverflowError
   return negate ? -ix : ix;
 }
 
-double math_sqrt(double x) { return math_1(x, [](double v) { return std::sqrt(v); }); }
-double math_sin(double x) { return math_1(x, [](double v) { return std::sin(v); }); }
-double math_cos(double x) { return math_1(x, [](double v) { return std::cos(v); }); }
-double math_acos(double x) { return math_1(x, [](double v) { return std::acos(v); }); }
+double math_sqrt(double x) {
+  return math_1(x, [](double v) { return std::sqrt(v); });
+}
+double math_sin(double x) {
+  return math_1(x, [](double v) { return std::sin(v); });
+}
+double math_cos(double x) {
+  return math_1(x, [](double v) { return std::cos(v); });
+}
+double math_acos(double x) {
+  return math_1(x, [](double v) { return std::acos(v); });
+}
 
 }  // namespace ostrel::kernel

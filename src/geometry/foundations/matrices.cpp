@@ -39,7 +39,9 @@ Ref translation_matrix(const Args& a) {
   assign(matrix.get(), key.get(), direction.get());
   return matrix;
 }
-constexpr Member translation_matrix_member = function("translation_matrix", "(direction: Vector-like) -> np.ndarray", translation_matrix, "The 4x4 matrix that translates by `direction`, a Vector or three numbers.");
+constexpr Member translation_matrix_member =
+    function("translation_matrix", "(direction: Vector-like) -> np.ndarray", translation_matrix,
+             "The 4x4 matrix that translates by `direction`, a Vector or three numbers.");
 
 enum class ScalingMatrix { scaling_vector };
 Ref scaling_matrix(const Args& a) {
@@ -58,7 +60,9 @@ Ref scaling_matrix(const Args& a) {
   assign(matrix.get(), key.get(), one.get());
   return matrix;
 }
-constexpr Member scaling_matrix_member = function("scaling_matrix", "(scaling_vector: Vector-like) -> np.ndarray", scaling_matrix, "The 4x4 matrix that scales along x, y and z by the three factors of `scaling_vector`.");
+constexpr Member scaling_matrix_member =
+    function("scaling_matrix", "(scaling_vector: Vector-like) -> np.ndarray", scaling_matrix,
+             "The 4x4 matrix that scales along x, y and z by the three factors of `scaling_vector`.");
 
 // Rodrigues' formula: cos(a) I + (1 - cos(a)) u u^T + sin(a) [u]x, with the axis made
 // unit first; through `point`, the translation keeps that point in place.
@@ -120,8 +124,11 @@ Ref rotation_matrix(const Args& a) {
   }
   return matrix;
 }
-constexpr Member rotation_matrix_member = function("rotation_matrix", "(angle: float, direction: Vector-like, point: Point-like = None) -> np.ndarray", rotation_matrix, "The 4x4 matrix that rotates by `angle` radians, right-handed, about the axis `direction`\n"
-                  "through the origin or through `point`.");
+constexpr Member rotation_matrix_member =
+    function("rotation_matrix", "(angle: float, direction: Vector-like, point: Point-like = None) -> np.ndarray",
+             rotation_matrix,
+             "The 4x4 matrix that rotates by `angle` radians, right-handed, about the axis `direction`\n"
+             "through the origin or through `point`.");
 
 // I - 2 n n^T with n made unit, and the translation 2 (p . n) n that puts the plane
 // through `point`.
@@ -150,13 +157,17 @@ Ref reflection_matrix(const Args& a) {
   assign(matrix.get(), column.get(), shift.get());
   return matrix;
 }
-constexpr Member reflection_matrix_member = function("reflection_matrix", "(point: Point-like, normal: Vector-like) -> np.ndarray", reflection_matrix, "The 4x4 matrix that mirrors in the plane through `point` with normal `normal`; the\n"
-                  "normal need not have unit length.");
+constexpr Member reflection_matrix_member =
+    function("reflection_matrix", "(point: Point-like, normal: Vector-like) -> np.ndarray", reflection_matrix,
+             "The 4x4 matrix that mirrors in the plane through `point` with normal `normal`; the\n"
+             "normal need not have unit length.");
 
 }  // namespace
 
 void define_matrices() {
-  for (const Member& m : {translation_matrix_member, scaling_matrix_member, rotation_matrix_member, reflection_matrix_member}) define_function(m);
+  for (const Member& m :
+       {translation_matrix_member, scaling_matrix_member, rotation_matrix_member, reflection_matrix_member})
+    define_function(m);
 }
 
 }  // namespace ostrel

@@ -22,8 +22,11 @@ Ref mirror_object(const Args& a) {
   call_method(mirror_obj.get(), id<"mirror">(), {a[MirrorObject::point], a[MirrorObject::normal]});
   return mirror_obj;
 }
-constexpr Member mirror_object_member = function("mirror_object", "(obj: TransformableObject, point: Point, normal: Vector-like) -> TransformableObject", mirror_object, "A mirrored deep copy of `obj`, with a new uuid, mirrored in the plane through `point`\n"
-                  "with normal `normal`; `obj` itself is left as it is.");
+constexpr Member mirror_object_member =
+    function("mirror_object", "(obj: TransformableObject, point: Point, normal: Vector-like) -> TransformableObject",
+             mirror_object,
+             "A mirrored deep copy of `obj`, with a new uuid, mirrored in the plane through `point`\n"
+             "with normal `normal`; `obj` itself is left as it is.");
 
 }  // namespace
 

@@ -1,12 +1,11 @@
 // circumference_is_clockwise: the orientation of a closed ring of Points in the xy
 // plane. A ring of plain Points (a list or tuple) is read once into doubles and summed
 // by the kernel; anything else, or a replaced _current_next, is walked as Python would.
-#include "foundations/orientation_kernel.hpp"
-#include "foundations/point.hpp"
-
 #include <vector>
 
 #include "foundations/current_next.hpp"
+#include "foundations/orientation_kernel.hpp"
+#include "foundations/point.hpp"
 #include "foundations/tolerance.hpp"
 #include "module/class_builder.hpp"
 #include "module/globals.hpp"
@@ -69,8 +68,10 @@ Ref circumference_is_clockwise(const Args& a) {
   Ref pairs = call(current_next.get(), {circumference});
   return python_orientation(pairs.get());
 }
-constexpr Member circumference_is_clockwise_member = function("circumference_is_clockwise", "(circumference: List[Point]) -> bool", circumference_is_clockwise, "Whether a closed ring of points in the xy plane (last point equal to the first) runs\n"
-                  "clockwise; a ring of zero area counts as clockwise.");
+constexpr Member circumference_is_clockwise_member =
+    function("circumference_is_clockwise", "(circumference: List[Point]) -> bool", circumference_is_clockwise,
+             "Whether a closed ring of points in the xy plane (last point equal to the first) runs\n"
+             "clockwise; a ring of zero area counts as clockwise.");
 
 }  // namespace
 

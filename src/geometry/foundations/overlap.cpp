@@ -1,7 +1,6 @@
 // find_overlap: the common part of two closed 1D intervals. Ends that are floats go to
 // the kernel; other numbers are compared as the host compares them.
 #include "foundations/overlap_kernel.hpp"
-
 #include "module/class_builder.hpp"
 #include "module/objects.hpp"
 
@@ -51,9 +50,13 @@ Ref find_overlap(const Args& a) {
   PyObject* end = compares(eb, ea, Py_LT) ? eb : ea;
   return tuple({start, end});
 }
-constexpr Member find_overlap_member = function("find_overlap", "(region_a: Tuple[float, float], region_b: Tuple[float, float], inclusive: bool = False) -> "
-                  "Union[Tuple[float, float], None]", find_overlap, "The overlap (start, end), ascending, of two intervals given by their ends in either order,\n"
-                  "or None. Touching intervals overlap only when `inclusive` is true.");
+constexpr Member find_overlap_member =
+    function("find_overlap",
+             "(region_a: Tuple[float, float], region_b: Tuple[float, float], inclusive: bool = False) -> "
+             "Union[Tuple[float, float], None]",
+             find_overlap,
+             "The overlap (start, end), ascending, of two intervals given by their ends in either order,\n"
+             "or None. Touching intervals overlap only when `inclusive` is true.");
 
 }  // namespace
 

@@ -62,8 +62,7 @@ Ref copy(const Args& a) {
   Ref x = x_of(a.self()), y = y_of(a.self()), z = z_of(a.self());
   return call(reinterpret_cast<PyObject*>(Py_TYPE(a.self())), {x.get(), y.get(), z.get()});
 }
-constexpr Member copy_member =
-    method("copy", "() -> Point", copy, "A new point at the same place, of the same class.");
+constexpr Member copy_member = method("copy", "() -> Point", copy, "A new point at the same place, of the same class.");
 
 enum class CoincidesWith { self, other };
 Ref coincides_with(const Args& a) { return compare(a.self(), a[CoincidesWith::other], Py_EQ); }
@@ -128,18 +127,18 @@ std::optional<Vec3> read_point_like(PyObject* point) {
 }
 
 void define_point() {
-  define_class("Point", {},
-               "A point made from coordinates X, Y and Z; it forms the basis of many structural 2D\n"
-               "and 3D objects. Point(1, 2) makes a 2D point, with z equal to 0.",
-               {method("__init__", F::init_signature, F::init, "Make a point; z defaults to 0.0."),
-                method("__getitem__", F::getitem_signature, F::get_coordinate,
-                       "Coordinate 0, 1 or 2; negative indices do not wrap."),
-                method("__iter__", F::iter_signature, F::iter,
-                       "Iterate over x, y and z, so that a point can be unpacked."),
-                method("__eq__", F::eq_signature, F::eq, "Coinciding by tolerance with another Point."),
-                repr_member, x_member, y_member, z_member, coordinates_member, copy_member, coincides_with_member,
-                vector_to_member, get_local_coordinates_member},
-               &F::guard);
+  define_class(
+      "Point", {},
+      "A point made from coordinates X, Y and Z; it forms the basis of many structural 2D\n"
+      "and 3D objects. Point(1, 2) makes a 2D point, with z equal to 0.",
+      {method("__init__", F::init_signature, F::init, "Make a point; z defaults to 0.0."),
+       method("__getitem__", F::getitem_signature, F::get_coordinate,
+              "Coordinate 0, 1 or 2; negative indices do not wrap."),
+       method("__iter__", F::iter_signature, F::iter, "Iterate over x, y and z, so that a point can be unpacked."),
+       method("__eq__", F::eq_signature, F::eq, "Coinciding by tolerance with another Point."), repr_member, x_member,
+       y_member, z_member, coordinates_member, copy_member, coincides_with_member, vector_to_member,
+       get_local_coordinates_member},
+      &F::guard);
 }
 
 }  // namespace ostrel

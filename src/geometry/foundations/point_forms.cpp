@@ -20,7 +20,9 @@ Ref calculate_distance_vector(const Args& a) {
   Ref start = point_array(a[CalculateDistanceVector::start_point]);
   return check(PyNumber_Subtract(end.get(), start.get()));
 }
-constexpr Member calculate_distance_vector_member = function("calculate_distance_vector", "(start_point: Point, end_point: Point) -> np.ndarray", calculate_distance_vector, "The array of the vector from `start_point` to `end_point`.");
+constexpr Member calculate_distance_vector_member =
+    function("calculate_distance_vector", "(start_point: Point, end_point: Point) -> np.ndarray",
+             calculate_distance_vector, "The array of the vector from `start_point` to `end_point`.");
 
 enum class ConvertPointsForLathe { points };
 Ref convert_points_for_lathe(const Args& a) {
@@ -39,7 +41,9 @@ Ref convert_points_for_lathe(const Args& a) {
   if (PyErr_Occurred()) throw PyError{};
   return result;
 }
-constexpr Member convert_points_for_lathe_member = function("convert_points_for_lathe", "(points: Sequence[Point]) -> List[dict]", convert_points_for_lathe, "The points as a new list of dicts {\"x\": x, \"y\": y}, in order; z is dropped.");
+constexpr Member convert_points_for_lathe_member =
+    function("convert_points_for_lathe", "(points: Sequence[Point]) -> List[dict]", convert_points_for_lathe,
+             "The points as a new list of dicts {\"x\": x, \"y\": y}, in order; z is dropped.");
 
 }  // namespace
 

@@ -46,8 +46,10 @@ Ref unit_vector(const Args& a) {
   if (out == Py_None) return data;
   return none();
 }
-constexpr Member unit_vector_member = function("unit_vector", "(data: Any, axis: int = None, out: Any = None) -> np.ndarray", unit_vector, "`data` divided by its length along `axis` (the whole array when axis is None, the\n"
-                  "vector itself for 1-D data). Returns a new array, or None after writing into `out`.");
+constexpr Member unit_vector_member =
+    function("unit_vector", "(data: Any, axis: int = None, out: Any = None) -> np.ndarray", unit_vector,
+             "`data` divided by its length along `axis` (the whole array when axis is None, the\n"
+             "vector itself for 1-D data). Returns a new array, or None after writing into `out`.");
 
 }  // namespace
 

@@ -54,7 +54,8 @@ template <Ref (*op)(PyObject*, PyObject*), double (*op_double)(double, double)>
 Ref componentwise(const Args& a) {
   PyObject *self = a.self(), *other = a[Other::other];
   if (const auto s = F::read(self))
-    if (const auto o = F::read(other)) return F::fresh({op_double(s->x, o->x), op_double(s->y, o->y), op_double(s->z, o->z)});
+    if (const auto o = F::read(other))
+      return F::fresh({op_double(s->x, o->x), op_double(s->y, o->y), op_double(s->z, o->z)});
   Ref sx = x_of(self), ox = x_of(other);
   Ref x = op(sx.get(), ox.get());
   Ref sy = y_of(self), oy = y_of(other);
@@ -63,7 +64,8 @@ Ref componentwise(const Args& a) {
   Ref z = op(sz.get(), oz.get());
   return make_like(self, x.get(), y.get(), z.get());
 }
-constexpr Member add_member = method("__add__", "(other: Vector) -> Vector", componentwise<add, plus>, "Sum of two vectors.");
+constexpr Member add_member =
+    method("__add__", "(other: Vector) -> Vector", componentwise<add, plus>, "Sum of two vectors.");
 constexpr Member sub_member =
     method("__sub__", "(other: Vector) -> Vector", componentwise<sub, minus>, "Difference of two vectors.");
 
@@ -79,7 +81,8 @@ Ref multiply(const Args& a) {
   Ref z = mul(sz.get(), factor.get());
   return make_like(a.self(), x.get(), y.get(), z.get());
 }
-constexpr Member multiply_member = method("__mul__", "(other: float) -> Vector", multiply, "The vector scaled by a number.");
+constexpr Member multiply_member =
+    method("__mul__", "(other: float) -> Vector", multiply, "The vector scaled by a number.");
 
 Ref rmultiply(const Args& a) {
   if (guard.admits(a.self())) return multiply(a);  // __mul__ is still the module's own
@@ -133,8 +136,9 @@ Ref normalize(const Args& a) {
     raise_from(PyExc_ValueError, "Null vector can't be normalized");
   }
 }
-constexpr Member normalize_member = method("normalize", "() -> Vector", normalize,
-                                           "The vector of length one in the same direction; ValueError for a null vector.");
+constexpr Member normalize_member =
+    method("normalize", "() -> Vector", normalize,
+           "The vector of length one in the same direction; ValueError for a null vector.");
 
 Ref dot(const Args& a) {
   PyObject *self = a.self(), *other = a[Other::other];
@@ -171,7 +175,8 @@ Ref cross(const Args& a) {
   Ref z = difference_of_products(self, x_of, other, y_of, y_of, x_of);
   return make_like(self, x.get(), y.get(), z.get());
 }
-constexpr Member cross_member = method("cross", "(other: Vector) -> Vector", cross, "Cross product with another vector.");
+constexpr Member cross_member =
+    method("cross", "(other: Vector) -> Vector", cross, "Cross product with another vector.");
 
 }  // namespace
 
@@ -181,20 +186,20 @@ std::optional<Vec3> read_vector(PyObject* vector) { return F::read(vector); }
 Ref make_vector(Vec3 v) { return F::make(v); }
 
 void define_vector() {
-  define_class("Vector", {},
-               "A free vector in 3D space with public, writable coordinates x, y and z.\n\n"
-               "Supports negation (-v), addition (v + w), subtraction (v - w), multiplication\n"
-               "and reverse multiplication by a number (v * 2, 2 * v), the dot product v.dot(w)\n"
-               "and the cross product v.cross(w). Equality is by tolerance.",
-               {method("__init__", F::init_signature, F::init, "Make a vector from its coordinates; z defaults to 0.0."),
-                method("__getitem__", F::getitem_signature, F::get_coordinate,
-                       "Coordinate 0, 1 or 2; negative indices do not wrap."),
-                method("__iter__", F::iter_signature, F::iter, "Iterate over x, y and z."),
-                method("__eq__", F::eq_signature, F::eq, "Equal by tolerance to another Vector."),
-                repr_member, negative_member, add_member, sub_member, multiply_member, rmultiply_member,
-                squared_magnitude_member, magnitude_member, coordinates_member, normalize_member, dot_member,
-                cross_member},
-               &F::guard);
+  define_class(
+      "Vector", {},
+      "A free vector in 3D space with public, writable coordinates x, y and z.\n\n"
+      "Supports negation (-v), addition (v + w), subtraction (v - w), multiplication\n"
+      "and reverse multiplication by a number (v * 2, 2 * v), the dot product v.dot(w)\n"
+      "and the cross product v.cross(w). Equality is by tolerance.",
+      {method("__init__", F::init_signature, F::init, "Make a vector from its coordinates; z defaults to 0.0."),
+       method("__getitem__", F::getitem_signature, F::get_coordinate,
+              "Coordinate 0, 1 or 2; negative indices do not wrap."),
+       method("__iter__", F::iter_signature, F::iter, "Iterate over x, y and z."),
+       method("__eq__", F::eq_signature, F::eq, "Equal by tolerance to another Vector."), repr_member, negative_member,
+       add_member, sub_member, multiply_member, rmultiply_member, squared_magnitude_member, magnitude_member,
+       coordinates_member, normalize_member, dot_member, cross_member},
+      &F::guard);
 }
 
 }  // namespace ostrel

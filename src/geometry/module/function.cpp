@@ -1,8 +1,9 @@
 #include "module/function.hpp"
 
+#include <structmember.h>
+
 #include <cstddef>
 #include <memory>
-#include <structmember.h>
 
 #include "module/boundary.hpp"
 #include "module/globals.hpp"

@@ -78,7 +78,7 @@ bool Natives::hold() const {
 void capture_natives() {
   PyObject* dict = module_dict();
 #if PY_VERSION_HEX >= 0x030C0000
-  const int watcher = check(PyDict_AddWatcher(count_change));
+  const int watcher = static_cast<int>(check(PyDict_AddWatcher(count_change)));
   check(PyDict_Watch(watcher, dict));
 #endif
   for (Natives* n : registry()) n->capture(dict);

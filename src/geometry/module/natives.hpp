@@ -34,8 +34,8 @@ class Natives {
   std::vector<const ClassGuard*> classes_;
   std::vector<const Natives*> includes_;
   std::vector<std::pair<PyObject*, PyObject*>> entries_;  // interned name, strong reference
-  bool complete_ = false;                                  // every name was defined
-  mutable unsigned long long checked_generation_ = 0;      // of the namespace, when last found holding
+  bool complete_ = false;                                 // every name was defined
+  mutable unsigned long long checked_generation_ = 0;     // of the namespace, when last found holding
 };
 
 // Records the globals of every Natives and starts following changes of the module's

@@ -50,8 +50,9 @@ inline Ref check(PyObject* o) {
   return Ref::steal(o);
 }
 
-// For C API calls that report failure with a negative status.
-inline int check(int status) {
+// For C API calls that report failure with a negative status or size. Sizes are
+// Py_ssize_t throughout: a count cut to int would wrap.
+inline Py_ssize_t check(Py_ssize_t status) {
   if (status < 0) throw PyError{};
   return status;
 }

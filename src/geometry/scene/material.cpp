@@ -29,12 +29,16 @@ Ref init(const Args& a) {
   setattr(self, id<"_opacity">(), o.get());
   return none();
 }
-constexpr Member init_member = method("__init__", "(name: str, density: float = None, price: float = None, *, "
-              "threejs_type: str = \"MeshStandardMaterial\", threejs_roughness: float = 0.7, "
-              "threejs_metalness: float = 0.8, threejs_opacity: float = 1.0, "
-              "color: Color = Color(221, 221, 221)) -> None", init, "Make a material. Roughness closer to 1 looks rougher, metalness closer to 1 looks\n"
-              "more like shiny metal, opacity closer to 0 is less visible. threejs_type is\n"
-              "accepted for compatibility and has no effect.");
+constexpr Member init_member =
+    method("__init__",
+           "(name: str, density: float = None, price: float = None, *, "
+           "threejs_type: str = \"MeshStandardMaterial\", threejs_roughness: float = 0.7, "
+           "threejs_metalness: float = 0.8, threejs_opacity: float = 1.0, "
+           "color: Color = Color(221, 221, 221)) -> None",
+           init,
+           "Make a material. Roughness closer to 1 looks rougher, metalness closer to 1 looks\n"
+           "more like shiny metal, opacity closer to 0 is less visible. threejs_type is\n"
+           "accepted for compatibility and has no effect.");
 
 Ref get_name(const Args& a) { return getattr(a.self(), id<"_name">()); }
 constexpr Member get_name_member = property("name", "() -> str", get_name, "The name of the material.");
@@ -49,8 +53,8 @@ Ref set_density(const Args& a) {
   setattr(a.self(), id<"_density">(), value.get());
   return none();
 }
-constexpr Member density_member = property("density", "() -> Optional[float]", get_density, "(value: float) -> None", set_density, "The density, or None.");
-
+constexpr Member density_member = property("density", "() -> Optional[float]", get_density, "(value: float) -> None",
+                                           set_density, "The density, or None.");
 
 // Assigns to the public `price`, i.e. to this very setter, not to `_price`: an
 // assignment recurses until the host raises RecursionError and stores nothing. Kept so
@@ -60,13 +64,15 @@ Ref set_price(const Args& a) {
   setattr(a.self(), id<"price">(), value.get());
   return none();
 }
-constexpr Member price_member = property("price", "() -> Optional[float]", get_price, "(value: float) -> None", set_price, "The price, or None; it can only be given to the constructor.");
+constexpr Member price_member = property("price", "() -> Optional[float]", get_price, "(value: float) -> None",
+                                         set_price, "The price, or None; it can only be given to the constructor.");
 
 Ref to_trimesh(const Args& a) {
   PyObject* self = a.self();
   // Plain math.kernel::isclose, no tolerance arguments: 0.9999999999 still counts as opaque.
   Ref opacity = getattr(self, id<"_opacity">());
-  Ref alpha_mode = new_str(kernel::isclose(as_double(opacity.get()), 1.0, kernel::plain_tolerance) ? "OPAQUE" : "BLEND");
+  Ref alpha_mode =
+      new_str(kernel::isclose(as_double(opacity.get()), 1.0, kernel::plain_tolerance) ? "OPAQUE" : "BLEND");
 
   Ref color = getattr(self, id<"color">());
   Ref rgb_attribute = getattr(color.get(), id<"rgb">());
@@ -100,7 +106,8 @@ Ref to_trimesh(const Args& a) {
   Ref material_keyword = tuple({id<"material">()});
   return call(texture_visuals.get(), {material.get()}, material_keyword.get());
 }
-constexpr Member to_trimesh_member = method("_to_trimesh", "() -> trimesh.visual.TextureVisuals", to_trimesh, "A new trimesh visual holding a PBR material of this appearance.");
+constexpr Member to_trimesh_member = method("_to_trimesh", "() -> trimesh.visual.TextureVisuals", to_trimesh,
+                                            "A new trimesh visual holding a PBR material of this appearance.");
 
 }  // namespace
 
@@ -109,7 +116,7 @@ void define_material() {
                "What an object is made of and how it looks: a name, optional density and price,\n"
                "and the factors of a physically based appearance (roughness, metalness and\n"
                "opacity, each between 0 and 1) with a base colour.",
-      {init_member, get_name_member, density_member, price_member, to_trimesh_member});
+               {init_member, get_name_member, density_member, price_member, to_trimesh_member});
 }
 
 }  // namespace ostrel

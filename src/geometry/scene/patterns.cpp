@@ -30,7 +30,9 @@ Ref pattern_init(const Args& a) {
   if (PyErr_Occurred()) throw PyError{};
   return none();
 }
-constexpr Member pattern_init_member = method("__init__", "(base_object: TransformableObject, duplicate_translation_list: List[List[float]])", pattern_init, "Make the pattern: the base object, then one copy per translation [x, y, z].");
+constexpr Member pattern_init_member =
+    method("__init__", "(base_object: TransformableObject, duplicate_translation_list: List[List[float]])",
+           pattern_init, "Make the pattern: the base object, then one copy per translation [x, y, z].");
 
 enum class AddBaseObjectCopy { self, translation_vector };
 Ref add_base_object_copy(const Args& a) {
@@ -50,7 +52,9 @@ Ref add_base_object_copy(const Args& a) {
   call_method(parent.get(), id<"add">(), {new_object.get()});
   return none();
 }
-constexpr Member add_base_object_copy_member = method("_add_base_object_copy", "(translation_vector: Vector) -> None", add_base_object_copy, "Add a copy of the base object, moved by the vector.");
+constexpr Member add_base_object_copy_member =
+    method("_add_base_object_copy", "(translation_vector: Vector) -> None", add_base_object_copy,
+           "Add a copy of the base object, moved by the vector.");
 
 Ref pattern_name(const Args&) { return new_str("pattern"); }
 constexpr Member pattern_name_member = property("_name", "() -> str", pattern_name, "\"pattern\"");
@@ -122,7 +126,8 @@ Ref pattern_to_trimesh(const Args& a) {
   if (PyErr_Occurred()) throw PyError{};
   return scene;
 }
-constexpr Member pattern_to_trimesh_member = method("_to_trimesh", "() -> trimesh.Scene", pattern_to_trimesh, "A scene with the base geometry once and a node per copy.");
+constexpr Member pattern_to_trimesh_member = method("_to_trimesh", "() -> trimesh.Scene", pattern_to_trimesh,
+                                                    "A scene with the base geometry once and a node per copy.");
 
 // The translation `[first * index * c for c in direction]`, or the sum of two such
 // terms over zip(direction_1, direction_2), with Python's arithmetic on the components.
@@ -158,12 +163,24 @@ Ref linear_init(const Args& a) {
   call_method(parent.get(), id<"__init__">(), {a[LinearInit::base_object], translations.get()});
   return none();
 }
-constexpr Member linear_init_member = method("__init__", "(base_object: TransformableObject, direction: List[float], number_of_elements: int, spacing: float)", linear_init, "Make the row of copies.");
+constexpr Member linear_init_member = method(
+    "__init__", "(base_object: TransformableObject, direction: List[float], number_of_elements: int, spacing: float)",
+    linear_init, "Make the row of copies.");
 
-enum class BidirectionalInit { self, base_object, direction_1, direction_2, number_of_elements_1, number_of_elements_2, spacing_1, spacing_2 };
+enum class BidirectionalInit {
+  self,
+  base_object,
+  direction_1,
+  direction_2,
+  number_of_elements_1,
+  number_of_elements_2,
+  spacing_1,
+  spacing_2
+};
 Ref bidirectional_init(const Args& a) {
   Ref translations = check(PyList_New(0));
-  Ref spacing_1 = new_float(a.num(BidirectionalInit::spacing_1)), spacing_2 = new_float(a.num(BidirectionalInit::spacing_2));
+  Ref spacing_1 = new_float(a.num(BidirectionalInit::spacing_1)),
+      spacing_2 = new_float(a.num(BidirectionalInit::spacing_2));
   Ref zero = new_int(0);
   Ref outer = python_range(zero.get(), a[BidirectionalInit::number_of_elements_1]);
   Ref outer_it = check(PyObject_GetIter(outer.get()));
@@ -174,7 +191,8 @@ Ref bidirectional_init(const Args& a) {
       if (PyLong_AsLong(index_1.get()) == 0 && PyLong_AsLong(index_2.get()) == 0) continue;
       Ref factor_1 = mul(spacing_1.get(), index_1.get());
       Ref factor_2 = mul(spacing_2.get(), index_2.get());
-      Ref pairs = check(PyObject_CallFunctionObjArgs(global<"zip">().get(), a[BidirectionalInit::direction_1], a[BidirectionalInit::direction_2], nullptr));
+      Ref pairs = check(PyObject_CallFunctionObjArgs(global<"zip">().get(), a[BidirectionalInit::direction_1],
+                                                     a[BidirectionalInit::direction_2], nullptr));
       Ref translation = check(PyList_New(0));
       Ref pair_it = check(PyObject_GetIter(pairs.get()));
       while (Ref pair = Ref::steal(PyIter_Next(pair_it.get()))) {
@@ -195,8 +213,11 @@ Ref bidirectional_init(const Args& a) {
   call_method(parent.get(), id<"__init__">(), {a[BidirectionalInit::base_object], translations.get()});
   return none();
 }
-constexpr Member bidirectional_init_member = method("__init__", "(base_object: TransformableObject, direction_1: List[float], direction_2: List[float], "
-              "number_of_elements_1: int, number_of_elements_2: int, spacing_1: float, spacing_2: float)", bidirectional_init, "Make the grid of copies; the second direction runs fastest.");
+constexpr Member bidirectional_init_member =
+    method("__init__",
+           "(base_object: TransformableObject, direction_1: List[float], direction_2: List[float], "
+           "number_of_elements_1: int, number_of_elements_2: int, spacing_1: float, spacing_2: float)",
+           bidirectional_init, "Make the grid of copies; the second direction runs fastest.");
 
 }  // namespace
 
@@ -204,14 +225,14 @@ void define_patterns() {
   define_class("Pattern", {global<"Group">().get()},
                "A base object and copies of it at the given translations. The base geometry is made once\n"
                "at export and shared by the copies.",
-      {pattern_init_member, add_base_object_copy_member, pattern_name_member, pattern_to_trimesh_member},
-      &pattern_guard);
+               {pattern_init_member, add_base_object_copy_member, pattern_name_member, pattern_to_trimesh_member},
+               &pattern_guard);
   define_class("LinearPattern", {global<"Pattern">().get()},
                "number_of_elements objects in all along `direction`, `spacing` apart for a unit direction.",
-      {linear_init_member}, &linear_guard);
+               {linear_init_member}, &linear_guard);
   define_class("BidirectionalPattern", {global<"Pattern">().get()},
                "A grid of number_of_elements_1 by number_of_elements_2 objects along two directions.",
-      {bidirectional_init_member}, &bidirectional_guard);
+               {bidirectional_init_member}, &bidirectional_guard);
 }
 
 }  // namespace ostrel

@@ -36,7 +36,8 @@ Ref translate(const Args& a) {
   Ref m = call(global<"translation_matrix">().get(), {a[Translate::translation_vector]});
   return compose(a.self(), m.get());
 }
-constexpr Member translate_member = method("translate", "(translation_vector: Vector-like) -> TransformableObject", translate, "Move the object by a vector.");
+constexpr Member translate_member = method("translate", "(translation_vector: Vector-like) -> TransformableObject",
+                                           translate, "Move the object by a vector.");
 
 enum class Rotate { self, angle, direction, point };
 Ref rotate(const Args& a) {
@@ -44,28 +45,35 @@ Ref rotate(const Args& a) {
   Ref m = call(global<"rotation_matrix">().get(), {angle.get(), a[Rotate::direction], a[Rotate::point]});
   return compose(a.self(), m.get());
 }
-constexpr Member rotate_member = method("rotate", "(angle: float, direction: Vector-like, point: Point-like = None) -> TransformableObject", rotate, "Rotate by `angle` radians around `direction` (right-hand rule), through `point`.");
+constexpr Member rotate_member =
+    method("rotate", "(angle: float, direction: Vector-like, point: Point-like = None) -> TransformableObject", rotate,
+           "Rotate by `angle` radians around `direction` (right-hand rule), through `point`.");
 
 enum class Mirror { self, point, normal };
 Ref mirror(const Args& a) {
   Ref m = call(global<"reflection_matrix">().get(), {a[Mirror::point], a[Mirror::normal]});
   return compose(a.self(), m.get());
 }
-constexpr Member mirror_member = method("mirror", "(point: Point-like, normal: Vector-like) -> TransformableObject", mirror, "Mirror in the plane through `point` with normal `normal`.");
+constexpr Member mirror_member = method("mirror", "(point: Point-like, normal: Vector-like) -> TransformableObject",
+                                        mirror, "Mirror in the plane through `point` with normal `normal`.");
 
 enum class Scale { self, scaling_vector };
 Ref scale(const Args& a) {
   Ref m = call(global<"scaling_matrix">().get(), {a[Scale::scaling_vector]});
   return compose(a.self(), m.get());
 }
-constexpr Member scale_member = method("scale", "(scaling_vector: Vector-like) -> TransformableObject", scale, "Scale along the axes by the components of a vector.");
+constexpr Member scale_member = method("scale", "(scaling_vector: Vector-like) -> TransformableObject", scale,
+                                       "Scale along the axes by the components of a vector.");
 
 Ref not_implemented(const Args&) {
   PyErr_SetNone(PyExc_NotImplementedError);
   throw PyError{};
 }
-constexpr Member not_implemented_member = abstract_property("_name", "() -> str", not_implemented, "The kind of object, as named in the scene.");
-constexpr Member not_implemented_to_trimesh_member = abstract_method("_to_trimesh", "() -> trimesh.parent.Geometry3D", not_implemented, "A new trimesh geometry or scene of the object, in local coordinates.");
+constexpr Member not_implemented_member =
+    abstract_property("_name", "() -> str", not_implemented, "The kind of object, as named in the scene.");
+constexpr Member not_implemented_to_trimesh_member =
+    abstract_method("_to_trimesh", "() -> trimesh.parent.Geometry3D", not_implemented,
+                    "A new trimesh geometry or scene of the object, in local coordinates.");
 
 enum class GroupInit { self, objects };
 Ref group_init(const Args& a) {
@@ -75,7 +83,8 @@ Ref group_init(const Args& a) {
   setattr(a.self(), id<"_children">(), children.get());
   return none();
 }
-constexpr Member group_init_member = method("__init__", "(objects: Sequence[TransformableObject])", group_init, "Make a group of the objects.");
+constexpr Member group_init_member =
+    method("__init__", "(objects: Sequence[TransformableObject])", group_init, "Make a group of the objects.");
 
 enum class GroupAdd { self, objects };
 Ref group_add(const Args& a) {
@@ -88,10 +97,12 @@ Ref group_add(const Args& a) {
   }
   return none();
 }
-constexpr Member group_add_member = method("add", "(objects: Union[list, tuple, TransformableObject]) -> None", group_add, "Add one object, or each item of a list or tuple.");
+constexpr Member group_add_member = method("add", "(objects: Union[list, tuple, TransformableObject]) -> None",
+                                           group_add, "Add one object, or each item of a list or tuple.");
 
 Ref group_children(const Args& a) { return getattr(a.self(), id<"_children">()); }
-constexpr Member group_children_member = property("children", "() -> List[TransformableObject]", group_children, "The list of members itself.");
+constexpr Member group_children_member =
+    property("children", "() -> List[TransformableObject]", group_children, "The list of members itself.");
 
 Ref group_duplicate(const Args& a) {
   Ref group = global<"Group">();
@@ -112,7 +123,9 @@ Ref group_duplicate(const Args& a) {
   setattr(new_group.get(), id<"_transformation">(), transformation.get());
   return new_group;
 }
-constexpr Member group_duplicate_member = method("duplicate", "() -> Group", group_duplicate, "A new Group with the same matrix: nested groups are duplicated, leaves are shared.");
+constexpr Member group_duplicate_member =
+    method("duplicate", "() -> Group", group_duplicate,
+           "A new Group with the same matrix: nested groups are duplicated, leaves are shared.");
 
 Ref group_name(const Args&) { return new_str("group"); }
 constexpr Member group_name_member = property("_name", "() -> str", group_name, "\"group\"");
@@ -131,7 +144,8 @@ Ref group_to_trimesh(const Args& a) {
   if (PyErr_Occurred()) throw PyError{};
   return scene;
 }
-constexpr Member group_to_trimesh_member = method("_to_trimesh", "() -> trimesh.parent.Geometry3D", group_to_trimesh, "A trimesh scene holding each member under its own matrix and name.");
+constexpr Member group_to_trimesh_member = method("_to_trimesh", "() -> trimesh.parent.Geometry3D", group_to_trimesh,
+                                                  "A trimesh scene holding each member under its own matrix and name.");
 
 }  // namespace
 
@@ -140,14 +154,16 @@ void define_transformable_object() {
                "Abstract base of everything that can stand in a scene: geometry in local coordinates and one\n"
                "4x4 matrix `_transformation` that places it. Transformations compose in world axes and return\n"
                "the object, so that calls can be chained.",
-      {init_member, translate_member, rotate_member, mirror_member, scale_member, not_implemented_member, not_implemented_to_trimesh_member});
+               {init_member, translate_member, rotate_member, mirror_member, scale_member, not_implemented_member,
+                not_implemented_to_trimesh_member});
 }
 
 void define_group() {
   define_class("Group", {global<"TransformableObject">().get()},
                "A scene object made of other scene objects; its matrix acts on all of them.",
-      {group_init_member, group_add_member, group_children_member, group_duplicate_member, group_name_member, group_to_trimesh_member},
-      &group_guard);
+               {group_init_member, group_add_member, group_children_member, group_duplicate_member, group_name_member,
+                group_to_trimesh_member},
+               &group_guard);
 }
 
 }  // namespace ostrel

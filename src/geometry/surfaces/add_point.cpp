@@ -11,8 +11,8 @@ enum class AddPoint { unique_points, point };
 Ref add_point(const Args& a) {
   PyObject* point = a[AddPoint::point];
   Ref points = check(PySequence_List(a[AddPoint::unique_points]));
-  const Py_ssize_t count = PyList_GET_SIZE(points.get());
-  for (Py_ssize_t index = 0; index < count; ++index) {
+  // An __eq__ of the caller's can reach the list and change it: its size is read afresh.
+  for (Py_ssize_t index = 0; index < PyList_GET_SIZE(points.get()); ++index) {
     Ref existing = Ref::borrow(PyList_GET_ITEM(points.get(), index));
     Ref equal = check(PyObject_RichCompare(existing.get(), point, Py_EQ));
     if (truth(equal.get())) {
@@ -24,8 +24,10 @@ Ref add_point(const Args& a) {
   Ref appended = new_int(PyList_GET_SIZE(points.get()) - 1);
   return tuple({points.get(), appended.get()});
 }
-constexpr Member add_point_member = function("add_point", "(unique_points: List[Point], point: Point) -> Tuple[List[Point], int]", add_point, "A new list with `point` appended unless an equal point is in `unique_points`, and the\n"
-                  "index of the point in it.");
+constexpr Member add_point_member =
+    function("add_point", "(unique_points: List[Point], point: Point) -> Tuple[List[Point], int]", add_point,
+             "A new list with `point` appended unless an equal point is in `unique_points`, and the\n"
+             "index of the point in it.");
 
 }  // namespace
 

@@ -7,10 +7,10 @@
 // gives the same result: the objects are instances of the module's own classes,
 // unchanged, the numbers are exact floats, and every step stays finite. Anything else,
 // errors included, comes from the documented steps.
+#include "surfaces/triangle.hpp"
+
 #include <cmath>
 #include <optional>
-
-#include "surfaces/triangle.hpp"
 
 #include "foundations/point.hpp"
 #include "foundations/vector.hpp"
@@ -94,7 +94,8 @@ Ref init(const Args& a) {
   setattr(self, id<"vertices">(), vertices.get());
   return none();
 }
-constexpr Member init_member = method("__init__", "(point1: Point, point2: Point, point3: Point)", init, "Make a triangle; the points are not checked.");
+constexpr Member init_member = method("__init__", "(point1: Point, point2: Point, point3: Point)", init,
+                                      "Make a triangle; the points are not checked.");
 
 // ---- area ----
 
@@ -165,7 +166,8 @@ Ref centroid(const Args& a) {
   Ref x = new_float(c.x), y = new_float(c.y), z = new_float(c.z);
   return tuple({x.get(), y.get(), z.get()});
 }
-constexpr Member centroid_member = property("centroid", "() -> Tuple[float, float, float]", centroid, "The mean of the three vertices.");
+constexpr Member centroid_member =
+    property("centroid", "() -> Tuple[float, float, float]", centroid, "The mean of the three vertices.");
 
 // ---- second moments ----
 
@@ -261,8 +263,8 @@ Ref native_moments(const Vec3 (&v)[3], double area) {
   Ref c = np_call(id<"cos">(), {theta.get()});
   Ref s = np_call(id<"sin">(), {theta.get()});
   if (!PyFloat_Check(c.get()) || !PyFloat_Check(s.get())) return {};
-  const auto m = kernel::triangle_moments(v[0], v[1], v[2], area, PyFloat_AS_DOUBLE(c.get()),
-                                             PyFloat_AS_DOUBLE(s.get()));
+  const auto m =
+      kernel::triangle_moments(v[0], v[1], v[2], area, PyFloat_AS_DOUBLE(c.get()), PyFloat_AS_DOUBLE(s.get()));
   if (!m) return {};
   // NumPy scalars, as the documented steps give them.
   Ref float64 = getattr(global<"np">().get(), id<"float64">());
@@ -284,8 +286,10 @@ Ref moment_of_inertia(const Args& a) {
   }
   return moments_through_objects(area.get(), vertices.get());
 }
-constexpr Member moment_of_inertia_member = property("moment_of_inertia", "() -> Tuple[float, float]", moment_of_inertia, "Second moments of area (about x, about y) through the centroid, of the\n"
-                          "triangle in the xy plane; no product of inertia is taken into account.");
+constexpr Member moment_of_inertia_member =
+    property("moment_of_inertia", "() -> Tuple[float, float]", moment_of_inertia,
+             "Second moments of area (about x, about y) through the centroid, of the\n"
+             "triangle in the xy plane; no product of inertia is taken into account.");
 
 // ---- text ----
 
@@ -303,10 +307,10 @@ const ClassGuard& triangle_class() { return guard; }
 
 void define_triangle() {
   define_class("Triangle", {},
-                         "A triangle of three 3D points: its area, centroid and second moments of area.\n\n"
-                         "`profile` holds the three points as given; `vertices` a copy of their\n"
-                         "coordinates, taken at construction.",
-      {init_member, area_member, centroid_member, moment_of_inertia_member, repr_member}, &guard);
+               "A triangle of three 3D points: its area, centroid and second moments of area.\n\n"
+               "`profile` holds the three points as given; `vertices` a copy of their\n"
+               "coordinates, taken at construction.",
+               {init_member, area_member, centroid_member, moment_of_inertia_member, repr_member}, &guard);
 }
 
 }  // namespace ostrel

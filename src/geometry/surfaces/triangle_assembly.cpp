@@ -41,8 +41,11 @@ Ref init(const Args& a) {
   call_method(parent.get(), id<"__init__">(), {});
   return none();
 }
-constexpr Member init_member = method("__init__", "(triangles: List[Triangle], *, material: Material = None, "
-                        "skip_duplicate_vertices_check: bool = False)", init, "Make the assembly; a falsy material becomes Material(\"default-material\").");
+constexpr Member init_member =
+    method("__init__",
+           "(triangles: List[Triangle], *, material: Material = None, "
+           "skip_duplicate_vertices_check: bool = False)",
+           init, "Make the assembly; a falsy material becomes Material(\"default-material\").");
 
 Ref assembly_name(const Args&) { return new_str("assembly"); }
 constexpr Member assembly_name_member = property("_name", "() -> str", assembly_name, "\"assembly\"");
@@ -222,8 +225,10 @@ Ref get_vertices_and_faces(const Args& a) {
   if (std::optional<Corners> corners = read_corners(a.self())) return native_vertices_and_faces(*corners);
   return scanned_vertices_and_faces(a.self());
 }
-constexpr Member get_vertices_and_faces_member = method("_get_vertices_and_faces", "() -> Tuple", get_vertices_and_faces, "([x, y, z] per vertex, [i, j, k] per triangle), in the corner order of each\n"
-                        "triangle's profile.");
+constexpr Member get_vertices_and_faces_member =
+    method("_get_vertices_and_faces", "() -> Tuple", get_vertices_and_faces,
+           "([x, y, z] per vertex, [i, j, k] per triangle), in the corner order of each\n"
+           "triangle's profile.");
 
 Ref to_trimesh(const Args& a) {
   PyObject* self = a.self();
@@ -239,27 +244,30 @@ Ref to_trimesh(const Args& a) {
                   {id<"visual">(), visual.get()},
                   {id<"process">(), Py_False}});
 }
-constexpr Member to_trimesh_member = method("_to_trimesh", "() -> trimesh.Trimesh", to_trimesh, "A new unprocessed trimesh mesh of the triangles, with the material's visual.");
+constexpr Member to_trimesh_member =
+    method("_to_trimesh", "() -> trimesh.Trimesh", to_trimesh,
+           "A new unprocessed trimesh mesh of the triangles, with the material's visual.");
 
 enum class GetVerticesFaces { triangles };
 Ref get_vertices_faces(const Args& a) {
-  Ref assembly = call_kw(global<"TriangleAssembly">().get(), {a[GetVerticesFaces::triangles]}, {{id<"skip_duplicate_vertices_check">(), Py_False}});
+  Ref assembly = call_kw(global<"TriangleAssembly">().get(), {a[GetVerticesFaces::triangles]},
+                         {{id<"skip_duplicate_vertices_check">(), Py_False}});
   return call_method(assembly.get(), id<"_get_vertices_and_faces">(), {});
 }
-constexpr Member get_vertices_faces_member = function("get_vertices_faces", "(triangles: List[Triangle]) -> Tuple", get_vertices_faces, "The vertex list and face list of the triangles, equal corners merged into one vertex.");
+constexpr Member get_vertices_faces_member =
+    function("get_vertices_faces", "(triangles: List[Triangle]) -> Tuple", get_vertices_faces,
+             "The vertex list and face list of the triangles, equal corners merged into one vertex.");
 
 }  // namespace
 
-void define_get_vertices_faces() {
-  define_function(get_vertices_faces_member);
-}
+void define_get_vertices_faces() { define_function(get_vertices_faces_member); }
 
 void define_triangle_assembly() {
   define_class("TriangleAssembly", {global<"TransformableObject">().get()},
-                         "A mesh object made of triangles. Corners that are equal points become one\n"
-                         "vertex, unless the duplicate check is skipped: that check compares every corner\n"
-                         "with every vertex so far, and skipping it gives every triangle three vertices.",
-      {init_member, assembly_name_member, get_vertices_and_faces_member, to_trimesh_member}, &guard);
+               "A mesh object made of triangles. Corners that are equal points become one\n"
+               "vertex, unless the duplicate check is skipped: that check compares every corner\n"
+               "with every vertex so far, and skipping it gives every triangle three vertices.",
+               {init_member, assembly_name_member, get_vertices_and_faces_member, to_trimesh_member}, &guard);
 }
 
 }  // namespace ostrel

@@ -1,6 +1,5 @@
 #include "surfaces/triangle_kernel.hpp"
 
-
 #include <cmath>
 #include <initializer_list>
 
@@ -34,8 +33,8 @@ Vec3 triangle_centroid(const Vec3& v0, const Vec3& v1, const Vec3& v2) {
 
 PlanVector moment_base(const Vec3& v0, const Vec3& v1) { return {v0.x - v1.x, v0.y - v1.y}; }
 
-std::optional<Moments> triangle_moments(const Vec3& v0, const Vec3& v1, const Vec3& v2, double area,
-                                         double cos_theta, double sin_theta) {
+std::optional<Moments> triangle_moments(const Vec3& v0, const Vec3& v1, const Vec3& v2, double area, double cos_theta,
+                                        double sin_theta) {
   const PlanVector base = moment_base(v0, v1);
   const double base_x2 = library_pow(base.x, 2.0), base_y2 = library_pow(base.y, 2.0);
   const double width = std::sqrt(base_x2 + base_y2);

@@ -32,7 +32,7 @@ PlanVector moment_base(const Vec3& v0, const Vec3& v1);
 struct Moments {
   double x, y;
 };
-std::optional<Moments> triangle_moments(const Vec3& v0, const Vec3& v1, const Vec3& v2, double area,
-                                         double cos_theta, double sin_theta);
+std::optional<Moments> triangle_moments(const Vec3& v0, const Vec3& v1, const Vec3& v2, double area, double cos_theta,
+                                        double sin_theta);
 
 }  // namespace ostrel::kernel
