@@ -407,14 +407,14 @@ constexpr Member find_overlap_member =
 const ClassGuard& line_class() { return guard; }
 
 bool holds_only_fields(PyObject* o, Py_ssize_t n) {
-  Ref dict = instance_dict(o);
+  Ref dict = Ref::borrow(instance_dict(o));
   if (!dict) PyErr_Clear();
   return dict && PyDict_GET_SIZE(dict.get()) == n;
 }
 
 bool hold_line_xy(PyObject* line, HeldLine& held) {
   if (!guard.admits(line)) return false;
-  Ref dict = instance_dict(line);
+  Ref dict = Ref::borrow(instance_dict(line));
   if (!dict || PyDict_GET_SIZE(dict.get()) != 2) {
     PyErr_Clear();
     return false;

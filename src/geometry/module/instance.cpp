@@ -60,16 +60,20 @@ bool ClassGuard::revalidate() const {
   return same && tag_ != 0;
 }
 
-Ref instance_dict(PyObject* o) {
+PyObject* instance_dict(PyObject* o) {
   // Making the dict out of the compact values allocates, and an allocation can start a
   // collection whose callbacks see the object half converted: held off meanwhile.
   CollectorPause pause;
-  return Ref::steal(PyObject_GenericGetDict(o, nullptr));
+  PyObject** slot = _PyObject_GetDictPtr(o);
+  if (!slot) return nullptr;
+  if (!*slot) *slot = PyDict_New();
+  return *slot;
 }
 
 bool read_floats(const ClassGuard& guard, PyObject* o, std::initializer_list<PyObject*> names, double* out) {
   if (!guard.admits(o)) return false;
-  Ref dict = instance_dict(o);
+  // Held: a key's __eq__ below could replace the instance's __dict__.
+  Ref dict = Ref::borrow(instance_dict(o));
   if (!dict) {
     PyErr_Clear();
     return false;

@@ -71,9 +71,9 @@ class CollectorPause {
   int was_enabled_ = 0;
 };
 
-// The instance dict of `o`, made from its compact values where it has none yet; NULL
-// with an exception set where `o` has no __dict__.
-Ref instance_dict(PyObject* o);
+// The instance dict of `o` (borrowed), made where it has none yet; NULL where `o` has
+// no __dict__ or the dict could not be made (an exception may be set).
+PyObject* instance_dict(PyObject* o);
 
 // Reads the float fields `names` of `o` into `out` when `guard` admits `o` and every
 // one of them holds an exact float; false otherwise, with no exception set: the

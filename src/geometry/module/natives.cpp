@@ -1,5 +1,7 @@
 #include "module/natives.hpp"
 
+#include <algorithm>
+
 #include "module/globals.hpp"
 
 namespace ostrel {
@@ -38,14 +40,25 @@ Natives::Natives(std::initializer_list<const char*> globals, std::initializer_li
   registry().push_back(this);
 }
 
+void Natives::collect(std::vector<const char*>& names, std::vector<const ClassGuard*>& classes) const {
+  for (const Natives* included : includes_) included->collect(names, classes);
+  for (const char* name : names_)
+    if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+  for (const ClassGuard* guard : classes_)
+    if (std::find(classes.begin(), classes.end(), guard) == classes.end()) classes.push_back(guard);
+}
+
 void Natives::capture(PyObject* dict) {
+  // The included sets are folded in, so that hold() walks one flat list.
+  std::vector<const char*> names;
+  collect(names, all_classes_);
   complete_ = true;
   // A class's own name must hold the class as built.
-  for (const ClassGuard* guard : classes_) {
-    names_.push_back(guard->name());
+  for (const ClassGuard* guard : all_classes_) {
+    names.push_back(guard->name());
     if (!guard->cls()) complete_ = false;
   }
-  for (const char* name : names_) {
+  for (const char* name : names) {
     // Both references are kept for the life of the process.
     PyObject* key = check(PyUnicode_InternFromString(name)).release();
     PyObject* value = PyDict_GetItemWithError(dict, key);
@@ -60,10 +73,8 @@ void Natives::capture(PyObject* dict) {
 
 bool Natives::hold() const {
   if (!complete_) return false;
-  for (const ClassGuard* guard : classes_)
+  for (const ClassGuard* guard : all_classes_)
     if (!guard->intact()) return false;
-  for (const Natives* included : includes_)
-    if (!included->hold()) return false;
   const unsigned long long now = globals_generation();
   if (now == checked_generation_) return true;
   PyObject* dict = module_dict();

@@ -16,7 +16,8 @@ namespace ostrel {
 
 // Declared as a static object beside the native path it guards; the objects the names
 // hold are recorded at the end of import. A set can include other sets, so that a path
-// that stands in for another's steps names only what it adds.
+// that stands in for another's steps names only what it adds; they are folded into one
+// list then.
 class Natives {
  public:
   // `globals`: module globals by name; `classes`: classes that must be intact and still
@@ -29,10 +30,12 @@ class Natives {
  private:
   friend void capture_natives();
   void capture(PyObject* dict);
+  void collect(std::vector<const char*>& names, std::vector<const ClassGuard*>& classes) const;
 
   std::vector<const char*> names_;
   std::vector<const ClassGuard*> classes_;
   std::vector<const Natives*> includes_;
+  std::vector<const ClassGuard*> all_classes_;             // classes_ and those of the included sets
   std::vector<std::pair<PyObject*, PyObject*>> entries_;  // interned name, strong reference
   bool complete_ = false;                                 // every name was defined
   mutable unsigned long long checked_generation_ = 0;     // of the namespace, when last found holding

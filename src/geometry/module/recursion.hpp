@@ -28,7 +28,8 @@ class RecursionLevel {
     --depth;
     Py_LeaveRecursiveCall();
   }
-  static inline thread_local int depth = 0;
+  // Initial-exec: a plain offset from the thread pointer, not a call per access.
+  [[gnu::tls_model("initial-exec")]] static inline thread_local int depth = 0;
 };
 
 }  // namespace ostrel
