@@ -107,12 +107,28 @@ def test_box_test_comes_before_the_tolerant_steps():
     assert xyz(calculate_intersection_bounded_line_extended_line(horizontal, vertical)) == (1 + ISCLOSE_ATOL / 2, 0, 0)
 
 
-def test_end_point_by_point_equality():
-    # P lands beside the end by less than the tolerance, on both axes: only step 5 takes it.
-    bounded = Line((0, 0), (1, 1))
-    extended = Line((1 + 4e-10, 0), (1 + 4e-10, 1))
-    assert xyz(calculate_intersection_bounded_line_extended_line(bounded, extended)) == (1 + 4e-10, 1 + 4e-10, 0)
-    assert calculate_intersection_bounded_line_extended_line(bounded, extended, inclusive=False) is None
+class StepLine(Line):
+    """Adds a member: the functions take the documented steps."""
+    marker = True
+
+
+@pytest.mark.parametrize("cls", [Line, StepLine])
+@pytest.mark.parametrize("ends", [((0, 0), (1, 1)), ((1, 1), (0, 0))])
+def test_end_of_segment_by_point_equality(monkeypatch, cls, ends):
+    """The last step of the bounded-extended intersection: inclusive, an intersection outside the
+    segment's bounds (abs_tol=ISCLOSE_ATOL) is still returned when it equals the start or the end
+    point, by Point equality with both module tolerances. Only its rel_tol can exceed the bounds
+    1e-9, so the step is reached with a larger ISCLOSE_RTOL alone. Catches that step missing,
+    testing one end only, taken when exclusive, or with the bounds' tolerances."""
+    monkeypatch.setattr(geometry, "ISCLOSE_RTOL", 1e-3)
+    beyond = 1 + 2 ** -12  # P = (beyond, beyond): outside [0, 1] on both axes, equal to (1, 1)
+    segment, across = cls(*ends), cls((beyond + 0.5, beyond - 0.5), (beyond - 0.5, beyond + 0.5))
+    functions = [calculate_intersection_bounded_line_extended_line, calculate_intersection_bounded_lines]
+    for function in functions:
+        assert xyz(function(segment, across)) == (beyond, beyond, 0.0)
+        assert function(segment, across, False) is None
+    monkeypatch.setattr(geometry, "ISCLOSE_RTOL", 1e-9)
+    assert [function(segment, across) for function in functions] == [None, None]
 
 
 def test_differing_one_sided_intersections_raise_a_bare_value_error():

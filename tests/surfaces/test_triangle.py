@@ -103,6 +103,26 @@ def test_non_float_vertices_take_python_semantics():
     assert t.moment_of_inertia == right_triangle().moment_of_inertia
 
 
+class Coordinate(float):
+    """Not an exact float: the vertices of a triangle of FloatPoints take the documented steps."""
+
+
+class FloatPoint(Point):
+    x = property(lambda p: Coordinate(p._x))
+    y = property(lambda p: Coordinate(p._y))
+    z = property(lambda p: Coordinate(p._z))
+
+
+@pytest.mark.parametrize("point", [Point, FloatPoint])
+def test_centroid_sums_left_to_right(point):
+    # (v0 + v1 + v2) / 3.0 per coordinate, summed left to right. Each coordinate tells another
+    # grouping apart: x from v0 + (v1 + v2) or a compensated sum, y from (v0 + v2) + v1, z
+    # from summing thirds and from a product with 1 / 3.0.
+    t = Triangle(point(1.0, 1e16, 9.0), point(1e16, 1.0, 0.3), point(-1e16, -1e16, 0.3))
+    assert type(t.vertices[0][0]) is (Coordinate if point is FloatPoint else float)
+    assert t.centroid == (0.0, 0.0, 3.2000000000000006) and all(type(c) is float for c in t.centroid)
+
+
 class ShiftedPoint(Point):
     def vector_to(self, point):
         return Vector(1, 0, 0)
