@@ -242,16 +242,13 @@ def jittered(corner):
 @settings(max_examples=300, deadline=None)
 @given(corner_lists(), st.sampled_from([(1e-9, 1e-9), (0.0, 1e-9), (1e-6, 0.0), (0.0, 0.0), (1e-3, 1e-3)]))
 def test_merging_equals_the_documented_scan(cs, tolerances):
-    saved = geometry.ISCLOSE_RTOL, geometry.ISCLOSE_ATOL
-    geometry.ISCLOSE_RTOL, geometry.ISCLOSE_ATOL = tolerances
-    try:
+    with pytest.MonkeyPatch.context() as patch:
+        patch.setattr(geometry, "ISCLOSE_RTOL", tolerances[0])
+        patch.setattr(geometry, "ISCLOSE_ATOL", tolerances[1])
         cs = [jittered(c) for c in cs]
-        triangles = triangles_of(cs)
-        expected = documented_scan(triangles)
-        assert same(TriangleAssembly(triangles)._get_vertices_and_faces(), expected)
-        assert same(TriangleAssembly(triangles_of(cs, SubPoint))._get_vertices_and_faces(), expected)
-    finally:
-        geometry.ISCLOSE_RTOL, geometry.ISCLOSE_ATOL = saved
+        expected = documented_scan(triangles_of(cs))
+        for point in (Point, SubPoint):
+            assert same(TriangleAssembly(triangles_of(cs, point))._get_vertices_and_faces(), expected)
 
 
 class Falsy:
