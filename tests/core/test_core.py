@@ -32,8 +32,9 @@ def test_color_rejects_bad_component_naming_it(position, bad, error):
         Color(**{"r": 1, "g": 2, "b": 3, position: bad})
 
 
-@pytest.mark.parametrize("text, rgb, canonical", [("#dddddd", (221, 221, 221), "#dddddd"),
-                                                  ("000000", (0, 0, 0), "#000000"), ("fF0110", (255, 1, 16), "#ff0110")])
+@pytest.mark.parametrize("text, rgb, canonical", [
+    ("#dddddd", (221, 221, 221), "#dddddd"), ("000000", (0, 0, 0), "#000000"), ("fF0110", (255, 1, 16), "#ff0110"),
+])
 def test_color_hex_round_trip(text, rgb, canonical):
     color = Color.from_hex(text)
     assert color.rgb == rgb and color.hex == canonical and repr(color) == "Color({}, {}, {})".format(*rgb)
