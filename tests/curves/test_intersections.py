@@ -19,7 +19,7 @@ def xyz(p):
 
 @pytest.mark.parametrize("args, expected", [
     ((1, 2, 0), True), ((1, 0, 2), True), ((0, 0, 2), True), ((0, 0, 2, False), False), ((3, 0, 2), False),
-    ((3, 0, 2, False), False), ((2 + ISCLOSE_ATOL / 2, 0, 2, False), False), ((math.nan, 0, 2), False),
+((2 + ISCLOSE_ATOL / 2, 0, 2, False), False), ((math.nan, 0, 2), False),
     ((1e-10, 1e-10 + 5e-10, 2), True),
 ])
 def test_between_bounds(args, expected):
@@ -93,7 +93,6 @@ def test_extended_lines(first, second, expected):
     (((0, 0), (2, 2)), ((2, 0), (1, 1)), False, None),
     (((0, 0), (2, 2)), ((1, 1), (3, 3)), True, None),  # collinear: parallel
     (((0, 0), (2, 0)), ((1, -1), (1, 1)), True, (1.0, 0.0, 0.0)),
-    (((0, 0), (1, 0)), ((1 + ISCLOSE_ATOL / 2, -1), (1 + ISCLOSE_ATOL / 2, 1)), True, None),  # exact box test
     (((0, 0, 4), (2, 2, 4)), ((0, 2, -4), (2, 0, -4)), True, (1.0, 1.0, 0.0)),
 ])
 def test_bounded_lines(first, second, inclusive, expected):
@@ -102,17 +101,34 @@ def test_bounded_lines(first, second, inclusive, expected):
 
 
 def test_box_test_comes_before_the_tolerant_steps():
+    # Exact rejection on the bounding boxes, though the tolerant steps would take the point.
     horizontal, vertical = Line((0, 0), (1, 0)), Line((1 + ISCLOSE_ATOL / 2, -1), (1 + ISCLOSE_ATOL / 2, 1))
     assert calculate_intersection_bounded_lines(horizontal, vertical) is None
     assert xyz(calculate_intersection_bounded_line_extended_line(horizontal, vertical)) == (1 + ISCLOSE_ATOL / 2, 0, 0)
 
 
-def test_end_point_by_point_equality():
-    # P lands beside the end by less than the tolerance, on both axes: only step 5 takes it.
-    bounded = Line((0, 0), (1, 1))
-    extended = Line((1 + 4e-10, 0), (1 + 4e-10, 1))
-    assert xyz(calculate_intersection_bounded_line_extended_line(bounded, extended)) == (1 + 4e-10, 1 + 4e-10, 0)
-    assert calculate_intersection_bounded_line_extended_line(bounded, extended, inclusive=False) is None
+class StepLine(Line):
+    """Adds a member: the functions take the documented steps."""
+    marker = True
+
+
+@pytest.mark.parametrize("cls", [Line, StepLine])
+@pytest.mark.parametrize("ends", [((0, 0), (1, 1)), ((1, 1), (0, 0))])
+def test_end_of_segment_by_point_equality(monkeypatch, cls, ends):
+    """The last step of the bounded-extended intersection: inclusive, an intersection outside the
+    segment's bounds (abs_tol=ISCLOSE_ATOL) is still returned when it equals the start or the end
+    point, by Point equality with both module tolerances. Only its rel_tol can exceed the bounds
+    1e-9, so the step is reached with a larger ISCLOSE_RTOL alone. Catches that step missing,
+    testing one end only, taken when exclusive, or with the bounds' tolerances."""
+    monkeypatch.setattr(geometry, "ISCLOSE_RTOL", 1e-3)
+    beyond = 1 + 2 ** -12  # P = (beyond, beyond): outside [0, 1] on both axes, equal to (1, 1)
+    segment, across = cls(*ends), cls((beyond + 0.5, beyond - 0.5), (beyond - 0.5, beyond + 0.5))
+    functions = [calculate_intersection_bounded_line_extended_line, calculate_intersection_bounded_lines]
+    for function in functions:
+        assert xyz(function(segment, across)) == (beyond, beyond, 0.0)
+        assert function(segment, across, False) is None
+    monkeypatch.setattr(geometry, "ISCLOSE_RTOL", 1e-9)
+    assert [function(segment, across) for function in functions] == [None, None]
 
 
 def test_differing_one_sided_intersections_raise_a_bare_value_error():

@@ -8,7 +8,6 @@ same messages, for any input.
 import copy
 import math
 import pickle
-import timeit
 
 import pytest
 from hypothesis import example, given, settings, strategies as st
@@ -100,41 +99,40 @@ def test_native_and_documented_steps_agree(a, b, c, d, p, value, include, tolera
         assert results(StepLine(a, b), StepLine(c, d), p, value, include) == native
 
 
-def best_time(function):
-    return min(timeit.repeat(function, number=200, repeat=7))
-
-
-def test_native_paths_survive_copies_and_pickles():
-    # The host caches __slotnames__ in the classes of copied and pickled objects; that
-    # changes nothing about how their instances behave.
+def test_copies_and_pickles_change_no_result():
+    # Copying and pickling caches __slotnames__ in the classes; a native path that no longer
+    # recognises its class, or reads a stale one, shows here. (Speed is measured in bench/.)
     first, second = Line((0, 0), (2, 2)), Line((0, 2), (2, 0))
-    copy.deepcopy(first)
-    pickle.loads(pickle.dumps(second))
-    steps = StepLine(*first), StepLine(*second)
-    function = geometry.calculate_intersection_bounded_lines
-    assert best_time(lambda: function(*steps)) > 3 * best_time(lambda: function(first, second))
+    before = results(first, second, (1, 1, 0), 1.0, True)
+    first, second = copy.deepcopy(first), pickle.loads(pickle.dumps(second))
+    assert results(first, second, (1, 1, 0), 1.0, True) == before == results(StepLine(*first), StepLine(*second),
+                                                                              (1, 1, 0), 1.0, True)
 
 
 WRONG = [None, "text", 5, (1, 2, 3, 4), (1,), [], math.nan, object(), Point(1, 2), Vector(1, 2, 3),
          Line((0, 0), (1, 1)), ((0, 0, 0), (0, 0, 0))]
 
 
+SKIP = {"__class__", "__init_subclass__", "__subclasshook__", "__new__", "__reduce__", "__reduce_ex__", "__setattr__",
+        "__delattr__"}
+
+
 def test_wrong_arguments_raise_python_exceptions():
     line = Line((0, 0), (1, 1))
-    for name in dir(Line):
-        member = getattr(line, name)
-        if callable(member) and name not in ("__class__", "__init_subclass__", "__subclasshook__", "__new__",
-                                             "__reduce__", "__reduce_ex__", "__setattr__", "__delattr__"):
-            for args in [()] + [(w,) for w in WRONG] + [(w, w) for w in WRONG]:
-                try:
-                    member(*args)
-                except Exception:
-                    pass
-    for broken in ({"_start_point": "text"}, {"_end_point": None}):
-        line = Line((0, 0), (1, 1))
-        vars(line).update(broken)
-        for function in (lambda l: l.horizontal, lambda l: l.find_overlap(Line((0, 0), (2, 2))),
-                         lambda l: geometry.calculate_intersection_bounded_lines(l, Line((0, 1), (1, 0))),
-                         lambda l: geometry.point_is_on_bounded_line((0, 0), l)):
-            with pytest.raises(Exception):
-                function(line)
+    for member in [getattr(line, name) for name in dir(Line) if name not in SKIP]:
+        for args in [()] + [(w,) for w in WRONG] + [(w, w) for w in WRONG]:
+            try:
+                member(*args)
+            except Exception:
+                pass
+
+
+@pytest.mark.parametrize("broken", [{"_start_point": "text"}, {"_end_point": None}])
+@pytest.mark.parametrize("use", [lambda l: l.horizontal, lambda l: l.find_overlap(Line((0, 0), (2, 2))),
+                                 lambda l: geometry.calculate_intersection_bounded_lines(l, Line((0, 1), (1, 0))),
+                                 lambda l: geometry.point_is_on_bounded_line((0, 0), l)])
+def test_broken_ends_raise(broken, use):
+    line = Line((0, 0), (1, 1))
+    vars(line).update(broken)
+    with pytest.raises(Exception):
+        use(line)

@@ -36,13 +36,9 @@ class MyPoint(Point):
 ])
 def test_points_are_coplanar(points, expected):
     result = points_are_coplanar(points)
-    assert result == expected
-    assert type(result) is (bool if len(points) == 3 else np.bool_)
-
-
-def test_coplanarity_needs_three_points():
+    assert result == expected and type(result) is (bool if len(points) == 3 else np.bool_)
     with pytest.raises(ValueError, match="^Need at least 3 points$"):
-        points_are_coplanar([(0, 0, 0), (1, 1, 1)])
+        points_are_coplanar(points[:2])
 
 
 def test_lines_in_same_plane():
@@ -85,27 +81,21 @@ def test_dome_keeps_its_grouping(t1, t2, r, big_r):
 def test_closed_form_errors(call, error):
     with pytest.raises(error):
         call()
-
-
-def test_dome_near_zero_has_no_absolute_tolerance():
-    assert surface_area_dome(0.0, 1e-300, 1, 1) > 0
+    assert surface_area_dome(0.0, 1e-300, 1, 1) > 0  # no absolute tolerance near zero
 
 
 @pytest.mark.parametrize("text, expected", [
     ("#ff8000", (255, 128, 0)), ("f80", (15, 8, 0)), ("##FF8000", (255, 128, 0)), ("1234567", (18, 52, 86, 7)),
+    ("#ab", ValueError("^range\\(\\) arg 3 must not be zero$")),
+    ("zz0000", ValueError("invalid literal for int\\(\\) with base 16: 'zz'")),
+    (255, TypeError("^Argument 'value' has incorrect type \\(expected str, got int\\)$")),
 ])
 def test_hex_to_rgb(text, expected):
-    assert hex_to_rgb(text) == expected
-
-
-@pytest.mark.parametrize("value, error, message", [
-    ("#ab", ValueError, "^range\\(\\) arg 3 must not be zero$"),
-    ("zz0000", ValueError, "invalid literal for int\\(\\) with base 16: 'zz'"),
-    (255, TypeError, "^Argument 'value' has incorrect type \\(expected str, got int\\)$"),
-])
-def test_hex_to_rgb_errors(value, error, message):
-    with pytest.raises(error, match=message):
-        hex_to_rgb(value)
+    if isinstance(expected, Exception):
+        with pytest.raises(type(expected), match=str(expected)):
+            hex_to_rgb(text)
+    else:
+        assert hex_to_rgb(text) == expected
 
 
 @given(st.tuples(*[st.integers(0, 255)] * 3))
@@ -151,7 +141,7 @@ def test_add_point():
     assert add_point([], p) == ([p], 0)
     existing = [Point(0, 0), Point(1, 2 + ISCLOSE_ATOL / 2)]
     points, index = add_point(existing, p)
-    assert index == 1 and points == existing and points is not existing and points[1] is existing[1]
+    assert index == 1 and points is not existing and len(points) == 2 and all(a is b for a, b in zip(points, existing))
     points, index = add_point(existing, Point(5, 5))
     assert index == 2 and points[2] == Point(5, 5) and len(existing) == 2
 

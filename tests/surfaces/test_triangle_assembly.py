@@ -94,6 +94,35 @@ def test_merging_rules(point, corners, faces):
     assert result[1] == faces and same(result, documented_scan(triangles))
 
 
+def cell_size(largest):
+    """The merge grid's cell size for the default tolerances and a largest coordinate magnitude
+    (vertex_merge.cpp): eight times the reach of the tolerances, at least largest * 2**-40."""
+    return max(8.0 * max(1e-9 * largest, 1e-9), math.ldexp(largest, -40))
+
+
+def straddling_pair(near, largest):
+    """Two coordinates equal by the tolerances, on either side of the grid's cell boundary nearest `near`."""
+    size = cell_size(largest)
+    boundary = round(near / size) * size
+    low, high = boundary - 1e-7, boundary + 1e-7
+    assert math.floor(low / size) != math.floor(high / size) and math.isclose(low, high, rel_tol=1e-9)
+    return low, high
+
+
+@pytest.mark.parametrize("point", [Point, SubPoint])
+@pytest.mark.parametrize("low, high, largest", [
+    ((-1e-10, 0, 0), (1e-10, 0, 0), 1.0),  # the boundary at 0, for any cell size
+    # Far from the origin, across a boundary on all three axes at once: the other cell is a diagonal neighbour.
+    (*zip(*[straddling_pair(768.0, 1000.0)] * 3), 1000.0),
+])
+def test_equal_points_in_neighbouring_cells_are_merged(point, low, high, largest):
+    """A merge grid that looks up only a corner's own cell keeps these two apart."""
+    triangles = triangles_of([low, (largest, 0, 0), (0, largest, 0), high, (0, 0, largest), (0, 0, -1)], point)
+    expected = ([list(map(float, c)) for c in (low, (largest, 0, 0), (0, largest, 0), (0, 0, largest), (0, 0, -1))],
+                [[0, 1, 2], [0, 3, 4]])
+    assert TriangleAssembly(triangles)._get_vertices_and_faces() == get_vertices_faces(triangles) == expected
+
+
 def test_same_nan_point_object_is_not_merged():
     p = Point(math.nan, 0)
     result = TriangleAssembly([Triangle(p, p, Point(0, 0)), Triangle(p, Point(0, 0), p)])._get_vertices_and_faces()
@@ -213,16 +242,13 @@ def jittered(corner):
 @settings(max_examples=300, deadline=None)
 @given(corner_lists(), st.sampled_from([(1e-9, 1e-9), (0.0, 1e-9), (1e-6, 0.0), (0.0, 0.0), (1e-3, 1e-3)]))
 def test_merging_equals_the_documented_scan(cs, tolerances):
-    saved = geometry.ISCLOSE_RTOL, geometry.ISCLOSE_ATOL
-    geometry.ISCLOSE_RTOL, geometry.ISCLOSE_ATOL = tolerances
-    try:
+    with pytest.MonkeyPatch.context() as patch:
+        patch.setattr(geometry, "ISCLOSE_RTOL", tolerances[0])
+        patch.setattr(geometry, "ISCLOSE_ATOL", tolerances[1])
         cs = [jittered(c) for c in cs]
-        triangles = triangles_of(cs)
-        expected = documented_scan(triangles)
-        assert same(TriangleAssembly(triangles)._get_vertices_and_faces(), expected)
-        assert same(TriangleAssembly(triangles_of(cs, SubPoint))._get_vertices_and_faces(), expected)
-    finally:
-        geometry.ISCLOSE_RTOL, geometry.ISCLOSE_ATOL = saved
+        expected = documented_scan(triangles_of(cs))
+        for point in (Point, SubPoint):
+            assert same(TriangleAssembly(triangles_of(cs, point))._get_vertices_and_faces(), expected)
 
 
 class Falsy:
