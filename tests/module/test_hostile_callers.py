@@ -1,0 +1,114 @@
+"""Callers whose objects run code in the middle of a native read, structures that contain
+themselves, replaced module globals and patched members: each ends in a value or a
+Python exception, and the interpreter survives. Crash-prone cases run in a child."""
+import subprocess
+import sys
+import textwrap
+
+import pytest
+
+from ostrel import geometry
+from ostrel.geometry import Group, Point, Triangle
+
+
+def survives(code, python=sys.executable):
+    out = subprocess.run([python, "-c", textwrap.dedent(code)], capture_output=True, text=True, timeout=120)
+    assert out.returncode == 0, out.stderr[-2000:]
+    return out.stdout.split()
+
+
+CLEARING_KEY = """
+    from ostrel import geometry
+    from ostrel.geometry import Point, Triangle
+    target = []
+
+    class ClearingKey(str):
+        # Hashes as '_x' does, so the dict lookup of '_x' compares with it and runs __eq__.
+        def __hash__(self):
+            return hash("_x")
+        def __eq__(self, other):
+            target.clear()
+            return False
+
+    def booby_trapped():
+        p = Point(1, 2)
+        p.__dict__[ClearingKey("k")] = 0
+        return p
+"""
+
+
+def test_sequences_emptied_while_their_points_are_read():
+    outcome = survives(CLEARING_KEY + """
+    triangle = Triangle(Point(0, 0), Point(1, 0), Point(0, 1))
+    triangle.profile = target
+    for points, call in (([booby_trapped(), Point(1, 0), Point(0, 1)], lambda: geometry.get_vertices_faces([triangle])),
+                         ([booby_trapped(), Point(3, 0)], lambda: geometry.point_is_on_bounded_line((0.5, 0), target)),
+                         ([booby_trapped(), booby_trapped()], lambda: geometry.add_point(target, Point(9, 9))[1])):
+        target[:] = points
+        try:
+            print(call())
+        except Exception as error:
+            print(type(error).__name__)
+    """)
+    assert len(outcome) >= 3
+
+
+@pytest.mark.parametrize("count", [2**40 + 2**31, 2**62])
+def test_counts_beyond_int_raise_memory_error(count):
+    with pytest.raises(MemoryError):
+        geometry.get_vertices_faces(range(count))
+
+
+def test_groups_that_contain_themselves_raise_recursion_error():
+    assert survives("""
+        from ostrel.geometry import Group, _GLTF
+        group = Group([])
+        group.add(group)
+        chain = Group([])
+        for _ in range(50_000):
+            chain = Group([chain])
+        for call in (group.duplicate, group._to_trimesh, lambda: _GLTF.to_gltf(group), chain.duplicate):
+            try:
+                call()
+            except RecursionError:
+                print("RecursionError")
+    """) == ["RecursionError"] * 4
+
+
+@pytest.mark.parametrize("name", ["Group", "Pattern", "LinearPattern", "BidirectionalPattern"])
+def test_super_names_the_defining_class_when_the_global_is_replaced(monkeypatch, name):
+    original = getattr(geometry, name)
+    replacement = type(name, (original,), {})
+    monkeypatch.setattr(geometry, name, replacement)
+    leaf = geometry.TriangleAssembly([Triangle(Point(0, 0), Point(1, 0), Point(0, 1))])
+    arguments = {"Group": ([leaf],), "Pattern": (leaf, [[1, 0, 0]]), "LinearPattern": (leaf, [1, 0, 0], 2, 1.0),
+                 "BidirectionalPattern": (leaf, [1, 0, 0], [0, 1, 0], 2, 2, 1.0, 1.0)}[name]
+    for cls in (original, replacement):
+        assert isinstance(cls(*arguments), original)
+
+
+def test_orientation_reads_a_patched_coordinate(monkeypatch):
+    ring = [Point(0, 0), Point(0, 1), Point(1, 1), Point(1, 0), Point(0, 0)]
+    assert geometry.circumference_is_clockwise(ring) is True
+    monkeypatch.setattr(Point, "x", property(lambda self: -self._x))
+    assert geometry.circumference_is_clockwise(ring) is False
+
+
+def test_collector_copying_objects_during_native_reads():
+    # A gc callback that copies the very objects a native read is turning into dicts.
+    assert survives("""
+        import copy, gc
+        from ostrel import geometry
+        from ostrel.geometry import Line, Point
+        held = []
+        gc.callbacks.append(lambda phase, info: held and copy.deepcopy(held[-1]))
+        gc.set_threshold(1, 1, 1)
+        for i in range(400):
+            p, q = Point(i, 1), Point(i + 1, 2)
+            line = Line(p, q)
+            held[:] = [p, q, line]
+            line.collinear((i + 2, 3))
+            geometry.circumference_is_clockwise([p, q, Point(i, 5), p])
+            line.find_overlap(Line(p, q))
+        print("done")
+    """) == ["done"]
