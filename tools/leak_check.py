@@ -1,0 +1,79 @@
+"""Growth of memory and of live objects over many calls of the module, per group of calls.
+
+    python tools/leak_check.py            # 10**6 calls in all
+    python tools/leak_check.py --short    # about 10**5, for CI
+
+Each group is warmed up, then run in two equal rounds; what the second round adds to the
+resident set and to the number of objects the collector tracks is what a call leaks. Exits
+with 1 when any group grows by more than 0.001 objects per call, or by more than a byte
+per call once the growth exceeds the few pages the allocator takes now and then.
+"""
+import gc
+import os
+import sys
+import warnings
+
+from ostrel import geometry as g
+
+P, V, L, T = g.Point, g.Vector, g.Line, g.Triangle
+p, q, r = P(0, 0), P(1, 0), P(0, 1)
+v, w = V(1, 2, 3), V(3, 2, 1)
+a, b = L(P(0, 0), P(2, 2)), L(P(0, 2), P(2, 0))
+grid = [T(P(i, j), P(i + 1, j), P(i, j + 1)) for i in range(4) for j in range(4)]
+tile = g.TriangleAssembly([T(p, q, r)])
+
+
+def raises(call, *args):
+    try:
+        call(*args)
+    except Exception:
+        pass
+
+
+GROUPS = {
+    "constructors": (1.0, lambda: (P(1, 2, 3), V(1, 2), L(p, q), T(p, q, r), g.Material("m"),
+                                   g.TriangleAssembly([T(p, q, r)]))),
+    "operators": (1.0, lambda: (v + w, v - w, v * 2.0, 2.0 * v, v == w, p == q, v.dot(w), v.cross(w), v.normalize(),
+                                p.vector_to(q))),
+    "intersections": (1.0, lambda: (g.calculate_intersection_bounded_lines(a, b), a.find_overlap(a),
+                                    g.point_is_on_bounded_line((1, 1), a), a.collinear((3, 3)))),
+    "assembly merging": (0.1, lambda: g.get_vertices_faces(grid)),
+    "GLB export": (0.005, lambda: g._GLTF.to_gltf(tile)),
+    "error paths": (1.0, lambda: (raises(V(0, 0, 0).normalize), raises(L, p, p), raises(P, 1),
+                                  raises(g.Point, "x", 1), raises(a.__getitem__, 5))),
+}
+
+
+def resident_bytes():
+    with open("/proc/self/statm") as f:
+        return int(f.read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
+
+
+def measure(call, count):
+    for _ in range(max(count // 10, 10)):
+        call()
+    gc.collect()
+    start_rss, start_objects = resident_bytes(), len(gc.get_objects())
+    for _ in range(count):
+        call()
+    gc.collect()
+    return (resident_bytes() - start_rss) / count, (len(gc.get_objects()) - start_objects) / count
+
+
+def main():
+    total = 10**5 if "--short" in sys.argv else 10**6
+    per_group = total // len(GROUPS)
+    warnings.simplefilter("ignore")
+    failed = False
+    print(f"{'group':<18}{'calls':>9}{'bytes/call':>12}{'objects/call':>14}")
+    for name, (share, call) in GROUPS.items():
+        count = max(int(per_group * share), 50)
+        measure(call, count)  # first round: caches, interned names, allocator pools
+        grown, objects = measure(call, count)
+        failed |= (grown > 1.0 and grown * count > 256 * 1024) or objects > 0.001
+        print(f"{name:<18}{count:>9}{grown:>12.3f}{objects:>14.4f}")
+    sys.exit(1 if failed else 0)
+
+
+if __name__ == "__main__":
+    main()
