@@ -59,6 +59,15 @@ def test_counts_beyond_int_raise_memory_error(count):
         geometry.get_vertices_faces(range(count))
 
 
+def test_a_borrowed_self_outlives_the_callers_last_reference():
+    # list.__repr__ passes its items borrowed; the field read empties the list and so drops
+    # the point's last reference while its __repr__ still reads it.
+    assert survives(CLEARING_KEY + """
+    target[:] = [booby_trapped()]
+    print(repr(target))
+    """) == ["[Point(1.000e+00,", "2.000e+00,", "0.000e+00)]"]
+
+
 def test_groups_that_contain_themselves_raise_recursion_error():
     assert survives("""
         from ostrel.geometry import Group, _GLTF

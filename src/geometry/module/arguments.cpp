@@ -61,6 +61,7 @@ void parse_arguments(const Signature& sig, PyObject* name_object, PyObject* cons
       sig.var_keyword < 0 && static_cast<size_t>(positional) == sig.params.size()) {
     for (Py_ssize_t i = 0; i < nargs; ++i) out.objects_[i] = args[i];
     for (Py_ssize_t i = nargs; i < positional; ++i) out.objects_[i] = sig.params[i].default_value.get();
+    out.hold(sig.params.size());
     convert(sig, out.objects_.data(), out.numbers_.data());
     return;
   }
@@ -125,6 +126,7 @@ void parse_arguments(const Signature& sig, PyObject* name_object, PyObject* cons
     }
   }
 
+  out.hold(sig.params.size());
   convert(sig, out.objects_.data(), out.numbers_.data());
 }
 

@@ -14,10 +14,14 @@ namespace ostrel {
 
 inline constexpr size_t max_parameters = 24;
 
-// The arguments of one call, after the boundary rules: a borrowed object per parameter
-// (the caller's, or the default), the converted double of each float parameter, and
-// the tuple and dict of *args and **kwargs where the signature has them. A body names
-// its parameters by an enum declared beside its signature, self or cls first.
+// The arguments of one call, after the boundary rules: an object per parameter (the
+// caller's, or the default), the converted double of each float parameter, and the
+// tuple and dict of *args and **kwargs where the signature has them. A body names its
+// parameters by an enum declared beside its signature, self or cls first.
+//
+// Args holds a reference to each object for the whole call, as a Python frame does: a
+// caller may pass items it only borrows (list.__repr__ passes its items), and code the
+// body runs may drop the caller's last reference.
 template <typename E>
 concept ParameterName = std::is_enum_v<E>;
 
@@ -33,10 +37,24 @@ class Args {
   }
   PyObject* self() const { return objects_[0]; }
 
+  Args() = default;
+  Args(const Args&) = delete;
+  Args& operator=(const Args&) = delete;
+  ~Args() {
+    for (size_t i = 0; i < held_; ++i) Py_XDECREF(objects_[i]);
+  }
+
  private:
   friend void parse_arguments(const Signature&, PyObject* name, PyObject* const*, Py_ssize_t, PyObject*, Args&);
+  // Takes the references, once every parameter has its object and before any caller
+  // code (a __float__) can run.
+  void hold(size_t count) {
+    for (size_t i = 0; i < count; ++i) Py_XINCREF(objects_[i]);
+    held_ = count;
+  }
   // Filled by parse_arguments for every parameter of the signature, and only those.
   std::array<PyObject*, max_parameters> objects_;
+  size_t held_ = 0;
   std::array<double, max_parameters> numbers_;
   Ref var_positional_, var_keyword_;
 };
