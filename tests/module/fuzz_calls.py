@@ -18,6 +18,7 @@ import sys
 import threading
 import time
 import warnings
+from types import ModuleType as Module
 
 import numpy as np
 
@@ -120,7 +121,8 @@ class Ctx:
 
     def wreck(self):
         for value in list(self.values):
-            for item in [value, *(vars(value).values() if hasattr(value, "__dict__") else ())]:
+            fields = vars(value).values() if hasattr(value, "__dict__") and not isinstance(value, (type, Module)) else ()
+            for item in [value, *fields]:
                 if isinstance(item, (list, dict)):
                     item.clear()
         if self.rng.random() < 0.2:

@@ -3,6 +3,7 @@
 // function, a class member or the coordinates that the documented steps go through,
 // it takes those steps through the host instead, calling the module functions by
 // their global names.
+#include "curves/intersections.hpp"
 #include "curves/intersections_kernel.hpp"
 #include "curves/line.hpp"
 #include "foundations/tolerance.hpp"
@@ -30,9 +31,9 @@ Natives bounded_with_y_natives{
     {"calculate_intersection_extended_line_with_y", "_between_bounds"}, {}, {&line_function_natives}};
 Natives bounded_extended_natives{
     {"calculate_intersection_extended_lines", "line_is_horizontal", "_between_bounds"}, {}, {&extended_lines_natives}};
-Natives bounded_lines_natives{{"calculate_intersection_bounded_line_extended_line"}, {}, {&bounded_extended_natives}};
+Natives bounded_lines_natives_set{{"calculate_intersection_bounded_line_extended_line"}, {}, {&bounded_extended_natives}};
 // point_is_on_bounded_line makes a Line and a Point and calls their members.
-Natives on_bounded_line_natives{{}, {&vector_class()}, {&line_natives()}};
+Natives on_bounded_line_natives_set{{}, {&vector_class()}, {&line_natives()}};
 
 // Everything a native path needs: its lines read (in the xy plane alone where the
 // computation never looks at z), the tolerances, and where it takes one, the truth of
@@ -164,7 +165,7 @@ enum class PointIsOnBoundedLine { point, line, inclusive };
 Ref point_is_on_bounded_line(const Args& a) {
   PyObject *point = a[PointIsOnBoundedLine::point], *line = a[PointIsOnBoundedLine::line],
            *inclusive = a[PointIsOnBoundedLine::inclusive];
-  if (on_bounded_line_natives.hold()) {
+  if (on_bounded_line_natives_set.hold()) {
     const auto p = read_point_like(point);
     const auto s = p ? read_line_like(line) : std::nullopt;
     if (const auto t = s ? native_tolerances() : std::nullopt) {
@@ -325,7 +326,7 @@ enum class BoundedLines { bounded_line1, bounded_line2, inclusive };
 Ref bounded_lines(const Args& a) {
   PyObject *line1 = a[BoundedLines::bounded_line1], *line2 = a[BoundedLines::bounded_line2],
            *inclusive = a[BoundedLines::inclusive];
-  if (bounded_lines_natives.hold())
+  if (bounded_lines_natives_set.hold())
     if (const auto include = plain_truth(inclusive)) {
       // Most pairs part at the bounding boxes, which need no z.
       HeldLine first, second;
@@ -364,6 +365,9 @@ constexpr Member bounded_lines_member =
              "ValueError when the two segments' answers differ.");
 
 }  // namespace
+
+const Natives& bounded_lines_natives() { return bounded_lines_natives_set; }
+const Natives& on_bounded_line_natives() { return on_bounded_line_natives_set; }
 
 void define_line_intersections() {
   for (const Member& m :

@@ -450,6 +450,7 @@ std::optional<kernel::Segment> read_line_xy(PyObject* line) {
 }
 
 const Natives& line_natives() { return natives; }
+const Natives& line_collinear_natives() { return collinear_natives; }
 
 Ref make_line(const kernel::Segment& s) {
   Ref start = make_point(s.start), end = make_point(s.end);

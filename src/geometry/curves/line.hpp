@@ -17,6 +17,9 @@ const ClassGuard& line_class();
 // own, unchanged classes.
 const Natives& line_natives();
 
+// What Line.collinear's native path stands in for.
+const Natives& line_collinear_natives();
+
 // The ends of an instance of the module's unchanged Line whose points read natively
 // (see read_point). The instance must hold nothing but its two ends: an attribute of
 // its own could hide a method that the documented steps call.

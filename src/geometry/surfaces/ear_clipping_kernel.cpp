@@ -1,0 +1,274 @@
+#include "surfaces/ear_clipping_kernel.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+#include "curves/intersections_kernel.hpp"
+#include "surfaces/plan_grid_kernel.hpp"
+
+namespace ostrel::kernel {
+
+bool strictly_in_triangle(Vec3 p1, Vec3 p2, Vec3 p3, Vec3 p) {
+  const double eps = 1e-7;
+  const double denominator = (p2.y - p3.y) * (p1.x - p3.x) + (p3.x - p2.x) * (p1.y - p3.y) + eps;
+  const double alpha = divide((p2.y - p3.y) * (p.x - p3.x) + (p3.x - p2.x) * (p.y - p3.y), denominator);
+  const double beta = divide((p3.y - p1.y) * (p.x - p3.x) + (p1.x - p3.x) * (p.y - p3.y), denominator);
+  const double gamma = 1 - alpha - beta;
+  for (double x : {alpha, beta, gamma})
+    if (x >= 1 || x <= 0) return false;
+  return true;
+}
+
+std::optional<bool> on_triangle(Vec3 p1, Vec3 p2, Vec3 p3, Vec3 p, Tolerance module) {
+  for (auto [start, end] : {std::pair{p1, p2}, {p2, p3}, {p3, p1}}) {
+    if (coincide(start, end, module)) return std::nullopt;
+    if (point_on_bounded_line(p, {start, end}, module) != OnSegment::outside) return true;
+  }
+  return false;
+}
+
+namespace {
+
+constexpr double unit_roundoff = 0x1p-53;
+
+// Thrown where the documented steps may raise, or may differ from what can be decided here.
+struct Undecided {};
+
+// (next.x - current.x) * (next.y + current.y): one pair's share of the orientation sum.
+double orientation_term(Vec3 current, Vec3 next) { return (next.x - current.x) * (next.y + current.y); }
+
+// The orientation sum of the remainder, kept up to date as corners leave it: a
+// compensated running sum of the current terms, with what bounds its distance from the
+// sum the documented steps form in list order.
+class RunningOrientation {
+ public:
+  void add(double term) {
+    accumulate(term);
+    magnitude_ += std::fabs(term);
+  }
+  void remove(double term) {
+    accumulate(-term);
+    magnitude_ -= std::fabs(term);
+  }
+  // The sign of the ordered sum of `count` terms, where it is certain: 1 for positive
+  // or zero (clockwise), -1 for negative, 0 when in doubt.
+  int certain_sign(size_t count) const {
+    const double value = sum_ + compensation_;
+    const double doubt = 2.0 * static_cast<double>(count + 2) * unit_roundoff * std::max(magnitude_, 0.0) +
+                         4.0 * unit_roundoff * std::fabs(value) +
+                         4.0 * static_cast<double>(updates_ + 2) * unit_roundoff * unit_roundoff * history_ + 0x1p-1000;
+    if (!std::isfinite(doubt) || std::fabs(value) <= doubt) return 0;
+    return value > 0 ? 1 : -1;
+  }
+
+ private:
+  void accumulate(double x) {  // Neumaier's summation
+    const double t = sum_ + x;
+    compensation_ += std::fabs(sum_) >= std::fabs(x) ? (sum_ - t) + x : (x - t) + sum_;
+    sum_ = t;
+    history_ += std::fabs(x);
+    ++updates_;
+  }
+  double sum_ = 0.0, compensation_ = 0.0, magnitude_ = 0.0, history_ = 0.0;
+  size_t updates_ = 0;
+};
+
+class Clipper {
+ public:
+  Clipper(std::span<const Vec3> points, Tolerance module)
+      : p_(points),
+        module_(module),
+        grid_(points),
+        n_(points.size()),
+        prev_(n_),
+        next_(n_),
+        alive_(n_, true),
+        status_(n_, Status::unknown),
+        witness_(n_),
+        watchers_(n_) {
+    for (uint32_t i = 0; i < n_; ++i) {
+      prev_[i] = static_cast<uint32_t>((i + n_ - 1) % n_);
+      next_[i] = static_cast<uint32_t>((i + 1) % n_);
+      pending_.insert(pending_.end(), i);
+      orientation_.add(orientation_term(p_[i], p_[next_[i]]));
+    }
+    for (uint32_t i = 0; i < n_; ++i)
+      if (coincide(p_[i], p_[next_[i]], module_)) throw Undecided{};
+    remaining_ = n_;
+  }
+
+  EarClipping run() {
+    EarClipping result;
+    while (remaining_ >= 3) {
+      if (clockwise()) {
+        result.outcome = EarClipping::Outcome::clockwise;
+        return result;
+      }
+      if (remaining_ == 3) {
+        result.triangles.push_back({head_, next_[head_], next_[next_[head_]]});
+        break;
+      }
+      const std::optional<uint32_t> ear = first_ear();
+      if (!ear) {
+        result.outcome = EarClipping::Outcome::no_ear;
+        return result;
+      }
+      result.triangles.push_back({prev_[*ear], *ear, next_[*ear]});
+      clip(*ear);
+    }
+    return result;
+  }
+
+ private:
+  enum class Status : uint8_t { unknown, reflex, blocked, ear };
+
+  bool clockwise() const {
+    if (const int sign = orientation_.certain_sign(remaining_)) return sign > 0;
+    double total = 0.0;
+    uint32_t current = head_;
+    do {
+      total += orientation_term(p_[current], p_[next_[current]]);
+      current = next_[current];
+    } while (current != head_);
+    return total >= 0.0;
+  }
+
+  // The corner of lowest index that is an ear, evaluating corners in doubt on the way.
+  std::optional<uint32_t> first_ear() {
+    for (auto it = pending_.begin(); it != pending_.end();) {
+      const uint32_t v = *it;
+      if (status_[v] == Status::unknown) evaluate(v);
+      if (status_[v] == Status::ear) return v;
+      it = pending_.erase(it);
+    }
+    return std::nullopt;
+  }
+
+  void evaluate(uint32_t v) {
+    const uint32_t a = prev_[v], b = next_[v];
+    const Vec3 &p1 = p_[a], &p2 = p_[v], &p3 = p_[b];
+    if (!convex_when_ccw(p1, p2, p3)) {
+      status_[v] = Status::reflex;
+      return;
+    }
+    const double twice_area = (p2.y - p3.y) * (p1.x - p3.x) + (p3.x - p2.x) * (p1.y - p3.y);
+    if (twice_area + 1e-7 == 0.0) throw Undecided{};
+    auto blocks = [&](uint32_t q) {
+      if (!alive_[q]) return false;
+      const Vec3& p = p_[q];
+      if (coincide(p, p1, module_) || coincide(p, p2, module_) || coincide(p, p3, module_)) return false;
+      if (strictly_in_triangle(p1, p2, p3, p)) return true;
+      const std::optional<bool> on = on_triangle(p1, p2, p3, p, module_);
+      if (!on) throw Undecided{};
+      return *on;
+    };
+    std::optional<uint32_t> blocker;
+    if (const std::optional<Box> box = reach(p1, p2, p3, twice_area)) {
+      blocker = grid_.find(*box, blocks);
+    } else {
+      uint32_t q = head_;
+      do {
+        if (blocks(q)) blocker = q;
+        q = next_[q];
+      } while (!blocker && q != head_);
+    }
+    if (blocker) {
+      status_[v] = Status::blocked;
+      witness_[v] = *blocker;
+      watchers_[*blocker].push_back(v);
+    } else {
+      status_[v] = Status::ear;
+    }
+  }
+
+  // A box that holds every point the tests of one candidate can accept, or nothing
+  // where that region is unbounded (a flat or nearly flat triangle).
+  std::optional<Box> reach(Vec3 p1, Vec3 p2, Vec3 p3, double twice_area) const {
+    // Strictly inside with the widened denominator: the triangle p3, p3 + k (p1 - p3),
+    // p3 + k (p2 - p3), with k = (D + 1e-7) / D.
+    if (!(twice_area > 0.0)) return std::nullopt;
+    const double k = (twice_area + 1e-7) / twice_area;
+    if (!(k <= 64.0)) return std::nullopt;
+    Box box = Box::around(p3);
+    box.include(Vec3{p3.x + k * (p1.x - p3.x), p3.y + k * (p1.y - p3.y), 0.0});
+    box.include(Vec3{p3.x + k * (p2.x - p3.x), p3.y + k * (p2.y - p3.y), 0.0});
+    // On an edge: within the edge's length of its start, in its direction as unit
+    // vectors compare (each component within the larger tolerance), or equal to an end.
+    const double longest = std::max({distance(p1, p2), distance(p2, p3), distance(p3, p1)});
+    const double spread = std::sqrt(3.0) * std::max(module_.rel, module_.abs);
+    const double size = std::max({std::fabs(p1.x), std::fabs(p1.y), std::fabs(p2.x), std::fabs(p2.y), std::fabs(p3.x),
+                                  std::fabs(p3.y)}) +
+                        longest;
+    const double margin = 2.0 * (longest * spread + module_.abs + module_.rel * size) + 1e-9 * size + 1e-300;
+    Box edges = Box::around(p1);
+    edges.include(p2);
+    edges.include(p3);
+    edges.grow(margin);
+    box.include(edges);
+    box.grow(1e-9 * (size + box.extent()));
+    if (!box.finite()) return std::nullopt;
+    return box;
+  }
+
+  static double distance(Vec3 a, Vec3 b) { return std::hypot(b.x - a.x, b.y - a.y); }
+
+  void clip(uint32_t v) {
+    const uint32_t a = prev_[v], b = next_[v];
+    orientation_.remove(orientation_term(p_[a], p_[v]));
+    orientation_.remove(orientation_term(p_[v], p_[b]));
+    orientation_.add(orientation_term(p_[a], p_[b]));
+    next_[a] = b;
+    prev_[b] = a;
+    alive_[v] = false;
+    if (head_ == v) head_ = b;
+    --remaining_;
+    pending_.erase(v);
+    if (remaining_ > 3 && coincide(p_[a], p_[b], module_)) throw Undecided{};
+    for (uint32_t u : {a, b}) {
+      status_[u] = Status::unknown;
+      pending_.insert(u);
+    }
+    for (uint32_t w : watchers_[v]) {
+      if (alive_[w] && status_[w] == Status::blocked && witness_[w] == v) {
+        status_[w] = Status::unknown;
+        pending_.insert(w);
+      }
+    }
+    watchers_[v].clear();
+    watchers_[v].shrink_to_fit();
+  }
+
+  std::span<const Vec3> p_;
+  Tolerance module_;
+  PlanGrid grid_;
+  size_t n_;
+  std::vector<uint32_t> prev_, next_;
+  std::vector<bool> alive_;
+  std::vector<Status> status_;
+  std::vector<uint32_t> witness_;
+  std::vector<std::vector<uint32_t>> watchers_;
+  std::set<uint32_t> pending_;  // corners that may be ears, by index: the order of the search
+  RunningOrientation orientation_;
+  uint32_t head_ = 0;  // index 0 of the remainder
+  size_t remaining_ = 0;
+};
+
+}  // namespace
+
+EarClipping clip_ears(std::span<const Vec3> circumference, Tolerance module) {
+  EarClipping undecided;
+  undecided.outcome = EarClipping::Outcome::undecided;
+  if (circumference.size() < 3 || circumference.size() > UINT32_MAX) return undecided;
+  for (const Vec3& p : circumference)
+    if (!std::isfinite(p.x) || !std::isfinite(p.y) || p.z != 0.0) return undecided;
+  try {
+    return Clipper(circumference, module).run();
+  } catch (const Undecided&) {
+    return undecided;
+  } catch (const ArithmeticFault&) {
+    return undecided;
+  }
+}
+
+}  // namespace ostrel::kernel
