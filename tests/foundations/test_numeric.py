@@ -179,7 +179,7 @@ def test_find_overlap_is_symmetric_and_kernel_matches_host_arithmetic(a0, a1, b0
         assert max(min(a0, a1), min(b0, b1)) == result[0] and result[1] == min(max(a0, a1), max(b0, b1))
 
 
-def test_current_next_pairs_lazily():
+def test_current_next_reads_one_item_ahead_at_the_call_and_returns_a_zip():
     read = []
 
     def items():
@@ -188,13 +188,9 @@ def test_current_next_pairs_lazily():
             yield i
 
     pairs = _current_next(items())
-    assert read == []
+    assert type(pairs) is zip and read == [0]
     assert next(pairs) == (0, 1) and read == [0, 1]
     assert list(pairs) == [(1, 2), (2, 3)]
     assert list(_current_next([1])) == [] and list(_current_next("")) == []
-
-
-def test_current_next_raises_at_first_next():
-    pairs = _current_next(5)
     with pytest.raises(TypeError, match="not iterable"):
-        next(pairs)
+        _current_next(5)

@@ -1,11 +1,10 @@
-// _current_next: the pairs (first, second), (second, third), ... of an iterable. Like
-// a generator, it reads nothing before the first next(): iter(), tee and the step
-// ahead all happen then.
+// _current_next: the pairs (first, second), (second, third), ... of an iterable, as a
+// zip of two tees of it, the second advanced by one: iter(), tee and that step ahead
+// all happen at the call, so a non-iterable fails there.
 #include "foundations/current_next.hpp"
 
 #include "module/class_builder.hpp"
 #include "module/globals.hpp"
-#include "module/lazy_iterator.hpp"
 #include "module/objects.hpp"
 
 namespace ostrel {
@@ -26,15 +25,14 @@ Ref start_pairs(PyObject* lst) {
   unpack(copies.get(), 2, ab);
   Ref skipped = Ref::steal(PyIter_Next(ab[1].get()));  // an empty input ends here silently
   if (!skipped && PyErr_Occurred()) throw PyError{};
-  Ref zip = call(reinterpret_cast<PyObject*>(&PyZip_Type), {ab[0].get(), ab[1].get()});
-  return check(PyObject_GetIter(zip.get()));
+  return call(reinterpret_cast<PyObject*>(&PyZip_Type), {ab[0].get(), ab[1].get()});
 }
 
 enum class CurrentNext { lst };
-Ref current_next(const Args& a) { return make_lazy_iterator(a[CurrentNext::lst], start_pairs); }
+Ref current_next(const Args& a) { return start_pairs(a[CurrentNext::lst]); }
 constexpr Member current_next_member =
     function("_current_next", "(lst: List[T]) -> Iterator[Tuple[T, T]]", current_next,
-             "The pairs of neighbours of `lst`, lazily: n items give n - 1 pairs.");
+             "The pairs of neighbours of `lst` as a zip: n items give n - 1 pairs.");
 
 }  // namespace
 
