@@ -1,5 +1,6 @@
 import math
 
+import numpy as np
 import pytest
 from hypothesis import given, settings, strategies as st
 
@@ -74,3 +75,93 @@ def test_is_simple_matches_the_documented_steps_on_any_ring(coordinates):
     assert outcome(lambda: Polygon._is_simple(points)) == outcome(lambda: steps.is_simple(points))
     assert outcome(lambda: Polygon._check_duplicate_points(type("P", (), {"points": points})())) == \
         outcome(lambda: steps.check_duplicate_points(points))
+
+
+def P(x, y, z=0.0):
+    return Point(x, y, z)
+
+
+@pytest.mark.parametrize("cls", [Polygon, Documented])
+def test_clipping_order_and_corners(cls):
+    a, b, c, d = P(0, 0), P(1, 0), P(1, 1), P(0, 1)
+    assert corners(cls([a, b, c, d])._triangles()) == corners([Triangle(d, a, b), Triangle(b, c, d)])
+    # Given clockwise, the list is reversed first: [b, c, d, a].
+    assert corners(cls([a, d, c, b])._triangles()) == corners([Triangle(a, b, c), Triangle(c, d, a)])
+    # L-shape: corner 0 holds (1, 1) on its edge, so corner 1 is the first ear.
+    l_shape = [P(0, 0), P(2, 0), P(2, 1), P(1, 1), P(1, 2), P(0, 2)]
+    assert [[(p.x, p.y) for p in t.profile] for t in cls(l_shape)._triangles()] == [
+        [(0, 0), (2, 0), (2, 1)], [(0, 0), (2, 1), (1, 1)], [(0, 2), (0, 0), (1, 1)], [(1, 1), (1, 2), (0, 2)]]
+    # A straight corner is a candidate: (1, 0) is clipped as a flat triangle once nothing lies on it.
+    flat = cls([P(0, 0), P(1, 0), P(2, 0), P(1, 1)])
+    assert [[(p.x, p.y) for p in t.profile] for t in flat._triangles()] == [
+        [(1, 1), (0, 0), (1, 0)], [(1, 0), (2, 0), (1, 1)]]
+    assert flat.cross_sectional_area == 1.0
+
+
+@pytest.mark.parametrize("cls", [Polygon, Documented])
+def test_checks_in_order_with_their_messages(cls):
+    square = [P(0, 0), P(1, 0), P(1, 1), P(0, 1)]
+    with pytest.raises(ValueError, match=r"^Duplicate points are not supported \(Point\(1.000e\+00, 0.000e\+00"):
+        cls(square + [P(1, 0), P(2, 2)], skip_duplicate_vertices_check=True)
+    with pytest.raises(ValueError, match=r"^Duplicate points are not supported \(Point\(0.000e\+00"):
+        cls(square + [P(1e-12, 0)])
+    with pytest.raises(ValueError, match="^Constructed polygon has self-intersecting lines"):
+        cls([P(0, 0), P(1, 1), P(1, 0), P(0, 1)])
+    with pytest.raises(ValueError, match="^All points of the polygon are collinear.$"):
+        cls([P(0, 0), P(1, 1)])
+    with pytest.raises(ValueError, match="^All points of the polygon are collinear.$"):
+        cls([P(0, 0), P(1, 1), P(3, 3)])
+    with pytest.raises(IndexError):
+        cls([])
+    first, second = cls(square), cls(square)
+    assert first.material.name == "default-material" and first.material is not second.material
+
+
+@pytest.mark.parametrize("cls", [Polygon, Documented])
+def test_measures_do_not_depend_on_orientation(cls):
+    points = [P(0, 0), P(3, 0), P(3, 1), P(1, 1), P(1, 4), P(0, 4)]
+    ccw, cw = cls(points), cls(points[::-1])
+    assert not ccw.has_clockwise_circumference() and cw.has_clockwise_circumference()
+    assert ccw.cross_sectional_area == pytest.approx(cw.cross_sectional_area) == 6.0
+    assert ccw.centroid == pytest.approx(cw.centroid)
+    assert ccw.moment_of_inertia == pytest.approx(cw.moment_of_inertia)
+    assert all(type(m).__name__ == "float64" for m in ccw.moment_of_inertia)
+
+
+@pytest.mark.parametrize("surface_orientation", [False, True])
+def test_face_orientation_follows_the_rule_the_way_round_it_stands(surface_orientation):
+    square = [P(0, 0), P(1, 0), P(1, 1), P(0, 1)]
+    for points, clockwise in ((square, False), (square[::-1], True)):
+        vertices, faces = Polygon(points, surface_orientation=surface_orientation)._triangle_vertices_and_faces()
+        v = np.array(vertices)
+        normals = [np.cross(v[f[1]] - v[f[0]], v[f[2]] - v[f[0]])[2] for f in faces]
+        upward = surface_orientation is False or clockwise
+        assert all((n > 0) == upward for n in normals)
+
+
+def test_corner_tests():
+    a, b, c = P(0, 0), P(2, 0), P(0, 2)
+    assert Polygon._in_triangle(a, b, c, P(0.5, 0.5)) and not Polygon._in_triangle(a, b, c, P(1, 1))
+    assert Polygon._on_triangle(a, b, c, P(1, 1)) and not Polygon._on_triangle(a, b, c, P(0.5, 0.5))
+    # The 1e-7 in the denominator lifts the third coordinate above 0 on the edge p1-p2.
+    assert Polygon._in_triangle(a, b, c, P(1, 0))
+    assert Polygon._convex_angle_when_ccw(a, P(1, 0), b)
+    polygon = Polygon([a, b, c])
+    # Two points enclose no area, which counts as clockwise: asked first, that is the error.
+    for two in ([b, a], [a, b]):
+        with pytest.raises(ValueError, match="^Circumference should be counter clockwise$"):
+            polygon._get_ear(two)
+    with pytest.raises(ZeroDivisionError):
+        Polygon._in_triangle(P(0, 0), P(1e-4, 0), P(0, -1e-3), P(0, 0))
+
+
+def test_a_subclass_member_is_called_through_the_instance():
+    calls = []
+
+    class Counting(Polygon):
+        def _in_triangle(self, *points):
+            calls.append(points)
+            return Polygon._in_triangle(*points)
+
+    Counting([P(0, 0), P(1, 0), P(1, 1), P(0, 1), P(-1, 0.5)])._triangles()
+    assert calls
