@@ -159,13 +159,15 @@ class Clipper {
       const Vec3& p = p_[q];
       if (coincide(p, p1, module_) || coincide(p, p2, module_) || coincide(p, p3, module_)) return false;
       if (strictly_in_triangle(p1, p2, p3, p)) return true;
+      if (!coincide(p3, p1, module_) && clear_of(p1, p2, p) && clear_of(p2, p3, p) && clear_of(p3, p1, p))
+        return false;
       const std::optional<bool> on = on_triangle(p1, p2, p3, p, module_);
       if (!on) throw Undecided{};
       return *on;
     };
     std::optional<uint32_t> blocker;
-    if (const std::optional<Box> box = reach(p1, p2, p3, twice_area)) {
-      blocker = grid_.find(*box, blocks);
+    if (const std::optional<Reach> r = reach(p1, p2, p3, twice_area)) {
+      blocker = grid_.find_near(r->a, r->b, r->c, r->margin, blocks);
     } else {
       uint32_t q = head_;
       do {
@@ -182,36 +184,48 @@ class Clipper {
     }
   }
 
-  // A box that holds every point the tests of one candidate can accept, or nothing
-  // where that region is unbounded (a flat or nearly flat triangle).
-  std::optional<Box> reach(Vec3 p1, Vec3 p2, Vec3 p3, double twice_area) const {
+  // A triangle and a margin around it that hold every point the tests of one candidate
+  // can accept, or nothing where that region is unbounded (a flat triangle).
+  struct Reach {
+    Vec3 a, b, c;
+    double margin;
+  };
+  std::optional<Reach> reach(Vec3 p1, Vec3 p2, Vec3 p3, double twice_area) const {
     // Strictly inside with the widened denominator: the triangle p3, p3 + k (p1 - p3),
-    // p3 + k (p2 - p3), with k = (D + 1e-7) / D.
+    // p3 + k (p2 - p3), with k = (D + 1e-7) / D. For the small triangles of a finely
+    // divided curve it reaches far beyond the corners, along the curve's chords; it
+    // holds the triangle itself.
     if (!(twice_area > 0.0)) return std::nullopt;
     const double k = (twice_area + 1e-7) / twice_area;
-    if (!(k <= 64.0)) return std::nullopt;
-    Box box = Box::around(p3);
-    box.include(Vec3{p3.x + k * (p1.x - p3.x), p3.y + k * (p1.y - p3.y), 0.0});
-    box.include(Vec3{p3.x + k * (p2.x - p3.x), p3.y + k * (p2.y - p3.y), 0.0});
-    // On an edge: within the edge's length of its start, in its direction as unit
-    // vectors compare (each component within the larger tolerance), or equal to an end.
+    const Reach r{p3, {p3.x + k * (p1.x - p3.x), p3.y + k * (p1.y - p3.y), 0.0},
+                  {p3.x + k * (p2.x - p3.x), p3.y + k * (p2.y - p3.y), 0.0}, 0.0};
+    // On an edge: within the edge's length times the line tolerance of the edge, or
+    // equal to an end; and room for the rounding of every step.
     const double longest = std::max({distance(p1, p2), distance(p2, p3), distance(p3, p1)});
     const double spread = std::sqrt(3.0) * std::max(module_.rel, module_.abs);
-    const double size = std::max({std::fabs(p1.x), std::fabs(p1.y), std::fabs(p2.x), std::fabs(p2.y), std::fabs(p3.x),
-                                  std::fabs(p3.y)}) +
+    const double size = std::max({std::fabs(r.b.x), std::fabs(r.b.y), std::fabs(r.c.x), std::fabs(r.c.y),
+                                  std::fabs(p3.x), std::fabs(p3.y)}) +
                         longest;
     const double margin = 2.0 * (longest * spread + module_.abs + module_.rel * size) + 1e-9 * size + 1e-300;
-    Box edges = Box::around(p1);
-    edges.include(p2);
-    edges.include(p3);
-    edges.grow(margin);
-    box.include(edges);
-    box.grow(1e-9 * (size + box.extent()));
-    if (!box.finite()) return std::nullopt;
-    return box;
+    if (!std::isfinite(margin)) return std::nullopt;
+    return Reach{r.a, r.b, r.c, margin};
   }
 
   static double distance(Vec3 a, Vec3 b) { return std::hypot(b.x - a.x, b.y - a.y); }
+
+  // Whether p stands so far from the line through an edge that the on-edge test must
+  // say no: that test wants p at an end (each coordinate within the tolerance) or in the
+  // edge's direction as unit vectors compare, so within the edge's length times the
+  // tolerance of the line. Cheap, where the test itself normalises two vectors.
+  bool clear_of(Vec3 start, Vec3 end, Vec3 p) const {
+    const double dx = end.x - start.x, dy = end.y - start.y, vx = p.x - start.x, vy = p.y - start.y;
+    const double length = std::hypot(dx, dy), reach_out = std::hypot(vx, vy);
+    const double size = std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(start.x), std::fabs(start.y),
+                                  std::fabs(end.x), std::fabs(end.y)});
+    const double spread = std::sqrt(3.0) * std::max(module_.rel, module_.abs);
+    const double reach = 2.0 * (length * spread + module_.abs + module_.rel * size) + 1e-12 * (length + reach_out);
+    return std::fabs(dx * vy - dy * vx) > reach * length;
+  }
 
   void clip(uint32_t v) {
     const uint32_t a = prev_[v], b = next_[v];

@@ -1,5 +1,5 @@
 // A uniform grid over points in the xy plane, for the searches of polygon code that
-// ask which points lie in a box: built once, about one point per cell.
+// ask which points lie near a triangle: built once, about one point per cell.
 #pragma once
 
 #include <algorithm>
@@ -19,12 +19,6 @@ struct Box {
   void include(Vec3 p) {
     x0 = std::min(x0, p.x), y0 = std::min(y0, p.y), x1 = std::max(x1, p.x), y1 = std::max(y1, p.y);
   }
-  void include(const Box& b) {
-    x0 = std::min(x0, b.x0), y0 = std::min(y0, b.y0), x1 = std::max(x1, b.x1), y1 = std::max(y1, b.y1);
-  }
-  void grow(double margin) { x0 -= margin, y0 -= margin, x1 += margin, y1 += margin; }
-  double extent() const { return std::max(x1 - x0, y1 - y0); }
-  bool finite() const { return std::isfinite(x0) && std::isfinite(y0) && std::isfinite(x1) && std::isfinite(y1); }
 };
 
 class PlanGrid {
@@ -45,15 +39,33 @@ class PlanGrid {
     for (uint32_t i = 0; i < points.size(); ++i) items_[fill[cell(points[i].x, points[i].y)]++] = i;
   }
 
-  // The first point of the box, in cell order, that `accept` takes; `accept` may throw.
+  // The first point, in cell order, of the cells that the triangle a, b, c grown by
+  // `margin` touches, that `accept` takes: row by row, over the columns that the
+  // triangle's part within the row's band spans. A long thin triangle visits the cells
+  // along it, not those of its bounding box.
   template <typename Accept>
-  std::optional<uint32_t> find(const Box& box, Accept accept) const {
+  std::optional<uint32_t> find_near(Vec3 a, Vec3 b, Vec3 c, double margin, Accept accept) const {
     if (items_.empty()) return std::nullopt;
-    const size_t cx0 = column(box.x0), cx1 = column(box.x1), cy0 = row(box.y0), cy1 = row(box.y1);
-    for (size_t cy = cy0; cy <= cy1; ++cy)
-      for (size_t cx = cx0; cx <= cx1; ++cx)
+    const Vec3 corners[3] = {a, b, c};
+    const double low = std::min({a.y, b.y, c.y}) - margin, high = std::max({a.y, b.y, c.y}) + margin;
+    for (size_t cy = row(low), last = row(high); cy <= last; ++cy) {
+      // The band of this row, unbounded at the outer rows, where points beyond the grid's
+      // bounds are kept; grown by the margin.
+      const double bottom = cy == 0 ? -INFINITY : bounds_.y0 + static_cast<double>(cy) * height_ - margin;
+      const double top = cy + 1 == side_ ? INFINITY : bounds_.y0 + static_cast<double>(cy + 1) * height_ + margin;
+      double left = INFINITY, right = -INFINITY;
+      auto take = [&](double x) { left = std::min(left, x), right = std::max(right, x); };
+      for (int i = 0; i < 3; ++i) {
+        const Vec3 &p = corners[i], &q = corners[(i + 1) % 3];
+        if (p.y >= bottom && p.y <= top) take(p.x);
+        for (double y : {bottom, top})
+          if ((p.y - y) * (q.y - y) < 0.0) take(p.x + (y - p.y) * (q.x - p.x) / (q.y - p.y));
+      }
+      if (left > right) continue;
+      for (size_t cx = column(left - margin), end = column(right + margin); cx <= end; ++cx)
         for (uint32_t k = start_[cy * side_ + cx]; k < start_[cy * side_ + cx + 1]; ++k)
           if (accept(items_[k])) return items_[k];
+    }
     return std::nullopt;
   }
 
