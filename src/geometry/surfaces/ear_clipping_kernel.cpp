@@ -211,7 +211,7 @@ class Clipper {
     return Reach{r.a, r.b, r.c, margin};
   }
 
-  static double distance(Vec3 a, Vec3 b) { return std::hypot(b.x - a.x, b.y - a.y); }
+  static double distance(Vec3 a, Vec3 b) { return std::sqrt((b.x - a.x) * (b.x - a.x) + (b.y - a.y) * (b.y - a.y)); }
 
   // Whether p stands so far from the line through an edge that the on-edge test must
   // say no: that test wants p at an end (each coordinate within the tolerance) or in the
@@ -219,7 +219,7 @@ class Clipper {
   // tolerance of the line. Cheap, where the test itself normalises two vectors.
   bool clear_of(Vec3 start, Vec3 end, Vec3 p) const {
     const double dx = end.x - start.x, dy = end.y - start.y, vx = p.x - start.x, vy = p.y - start.y;
-    const double length = std::hypot(dx, dy), reach_out = std::hypot(vx, vy);
+    const double length = std::sqrt(dx * dx + dy * dy), reach_out = std::sqrt(vx * vx + vy * vy);
     const double size = std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(start.x), std::fabs(start.y),
                                   std::fabs(end.x), std::fabs(end.y)});
     const double spread = std::sqrt(3.0) * std::max(module_.rel, module_.abs);

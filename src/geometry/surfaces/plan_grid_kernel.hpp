@@ -39,13 +39,12 @@ class PlanGrid {
     for (uint32_t i = 0; i < points.size(); ++i) items_[fill[cell(points[i].x, points[i].y)]++] = i;
   }
 
-  // The first point, in cell order, of the cells that the triangle a, b, c grown by
-  // `margin` touches, that `accept` takes: row by row, over the columns that the
-  // triangle's part within the row's band spans. A long thin triangle visits the cells
-  // along it, not those of its bounding box.
-  template <typename Accept>
-  std::optional<uint32_t> find_near(Vec3 a, Vec3 b, Vec3 c, double margin, Accept accept) const {
-    if (items_.empty()) return std::nullopt;
+  // Visits the cells that the triangle a, b, c grown by `margin` touches, row by row,
+  // over the columns that the triangle's part within the row's band spans, until
+  // `visit(cell)` returns true; whether it did. A long thin triangle (or a segment, given
+  // as a, b, b) visits the cells along it, not those of its bounding box.
+  template <typename Visit>
+  bool walk_near(Vec3 a, Vec3 b, Vec3 c, double margin, Visit visit) const {
     const Vec3 corners[3] = {a, b, c};
     const double low = std::min({a.y, b.y, c.y}) - margin, high = std::max({a.y, b.y, c.y}) + margin;
     for (size_t cy = row(low), last = row(high); cy <= last; ++cy) {
@@ -63,11 +62,29 @@ class PlanGrid {
       }
       if (left > right) continue;
       for (size_t cx = column(left - margin), end = column(right + margin); cx <= end; ++cx)
-        for (uint32_t k = start_[cy * side_ + cx]; k < start_[cy * side_ + cx + 1]; ++k)
-          if (accept(items_[k])) return items_[k];
+        if (visit(cy * side_ + cx)) return true;
     }
-    return std::nullopt;
+    return false;
   }
+
+  // The first point near the triangle (see walk_near), in the order of the walk, that
+  // `accept` takes.
+  template <typename Accept>
+  std::optional<uint32_t> find_near(Vec3 a, Vec3 b, Vec3 c, double margin, Accept accept) const {
+    std::optional<uint32_t> found;
+    if (items_.empty()) return found;
+    walk_near(a, b, c, margin, [&](size_t cell) {
+      for (uint32_t k = start_[cell]; k < start_[cell + 1]; ++k)
+        if (accept(items_[k])) {
+          found = items_[k];
+          return true;
+        }
+      return false;
+    });
+    return found;
+  }
+
+  size_t cells() const { return side_ * side_; }
 
  private:
   static size_t clamp(double position, size_t side) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <numeric>
 #include <utility>
 #include <vector>
@@ -28,8 +29,39 @@ std::optional<size_t> first_duplicate(std::span<const Vec3> corners, Tolerance m
   return lowest;
 }
 
+namespace {
+
+double cross(Vec3 o, Vec3 p, Vec3 q) { return (p.x - o.x) * (q.y - o.y) - (p.y - o.y) * (q.x - o.x); }
+
+double distance_to(Vec3 p, const Segment& s) {
+  const double dx = s.end.x - s.start.x, dy = s.end.y - s.start.y;
+  const double squared = dx * dx + dy * dy;
+  const double along = squared > 0.0 ? std::clamp(((p.x - s.start.x) * dx + (p.y - s.start.y) * dy) / squared, 0.0, 1.0)
+                                     : 0.0;
+  const double ex = p.x - (s.start.x + along * dx), ey = p.y - (s.start.y + along * dy);
+  return std::sqrt(ex * ex + ey * ey);
+}
+
+// Whether two segments come within `reach` of each other in plan; in doubt, yes: a
+// crossing found by signs that rounding may have tipped has an end close to the other.
+bool within(const Segment& a, const Segment& b, double reach) {
+  const double d1 = cross(a.start, a.end, b.start), d2 = cross(a.start, a.end, b.end);
+  // Both ends of b on one side of a's line, farther than reach: the common case, decided
+  // without a square root.
+  const double ax = a.end.x - a.start.x, ay = a.end.y - a.start.y;
+  const double far = reach * reach * (ax * ax + ay * ay);
+  if (((d1 > 0 && d2 > 0) || (d1 < 0 && d2 < 0)) && d1 * d1 > far && d2 * d2 > far) return false;
+  const double d3 = cross(b.start, b.end, a.start), d4 = cross(b.start, b.end, a.end);
+  if (((d1 <= 0 && d2 >= 0) || (d1 >= 0 && d2 <= 0)) && ((d3 <= 0 && d4 >= 0) || (d3 >= 0 && d4 <= 0))) return true;
+  return std::min({distance_to(b.start, a), distance_to(b.end, a), distance_to(a.start, b), distance_to(a.end, b)}) <=
+         reach;
+}
+
+}  // namespace
+
 Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
   const size_t n = corners.size();
+  if (n > UINT32_MAX) return Simplicity::undecided;
   std::vector<Segment> edges(n);
   for (size_t k = 0; k < n; ++k) {
     edges[k] = {corners[k], corners[(k + 1) % n]};
@@ -50,20 +82,50 @@ Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
     first = {i, j};
     first_raises = raises;
   };
-  // Pairs whose boxes can touch, found by a sweep over the lowest x of each edge: the
-  // intersection test itself rejects any other pair by its exact box comparison.
-  std::vector<size_t> order(n);
-  std::iota(order.begin(), order.end(), size_t{0});
-  auto low_x = [&](size_t k) { return std::min(edges[k].start.x, edges[k].end.x); };
-  auto high_x = [&](size_t k) { return std::max(edges[k].start.x, edges[k].end.x); };
-  std::sort(order.begin(), order.end(), [&](size_t a, size_t b) { return low_x(a) < low_x(b); });
+  // Two edges are reported as meeting only where each holds (within the tolerances of
+  // its bounds) one of two computed meeting points of their lines; those two share their
+  // x and differ in y by the rounding of the line functions, which grows with the slope.
+  // So only edges this close can be reported; other pairs are never asked.
+  double size = 0.0, steepest = 0.0;
+  for (const Vec3& p : corners) size = std::max({size, std::fabs(p.x), std::fabs(p.y)});
+  for (const Segment& e : edges)
+    if (e.end.x != e.start.x) steepest = std::max(steepest, std::fabs((e.end.y - e.start.y) / (e.end.x - e.start.x)));
+  const double tolerance = std::max(t.module.abs, t.abs.abs) + std::max({t.module.rel, t.abs.rel, 1e-9}) * size;
+  const double reach = 4.0 * tolerance + 0x1p-40 * (1.0 + steepest) * size + 1e-300;
+  if (!std::isfinite(reach)) return Simplicity::undecided;
+  // The pairs whose boxes touch (the first test of a meeting) are found band by band:
+  // each edge is listed in the horizontal bands its y extent crosses, and a sweep over x
+  // within a band meets each pair in the lowest band the two share.
+  std::vector<double> low_x(n), high_x(n), low_y(n), high_y(n);
+  double bottom = INFINITY, top = -INFINITY;
+  for (size_t k = 0; k < n; ++k) {
+    low_x[k] = std::min(edges[k].start.x, edges[k].end.x), high_x[k] = std::max(edges[k].start.x, edges[k].end.x);
+    low_y[k] = std::min(edges[k].start.y, edges[k].end.y), high_y[k] = std::max(edges[k].start.y, edges[k].end.y);
+    bottom = std::min(bottom, low_y[k]), top = std::max(top, high_y[k]);
+  }
+  const size_t bands = std::max<size_t>(1, static_cast<size_t>(std::sqrt(static_cast<double>(n))));
+  const double height = (top - bottom) / static_cast<double>(bands);
+  auto band = [&](double y) {
+    if (!(height > 0.0)) return size_t{0};
+    return std::min(bands - 1, static_cast<size_t>(std::max(0.0, (y - bottom) / height)));
+  };
+  std::vector<std::vector<uint32_t>> in_band(bands);
+  for (uint32_t k = 0; k < n; ++k)
+    for (size_t b = band(low_y[k]), last = band(high_y[k]); b <= last; ++b) in_band[b].push_back(k);
   try {
-    for (size_t k = 0; k < n; ++k) {
-      const size_t i = order[k];
-      for (size_t m = k + 1; m < n && low_x(order[m]) <= high_x(i); ++m) {
-        const size_t j = order[m];
-        judge(std::min(i, j), std::max(i, j));
-        judge(std::max(i, j), std::min(i, j));
+    for (size_t b = 0; b < bands; ++b) {
+      std::vector<uint32_t>& list = in_band[b];
+      std::sort(list.begin(), list.end(), [&](uint32_t p, uint32_t q) { return low_x[p] < low_x[q]; });
+      for (size_t k = 0; k < list.size(); ++k) {
+        const size_t i = list[k];
+        for (size_t m = k + 1; m < list.size() && low_x[list[m]] <= high_x[i]; ++m) {
+          const size_t j = list[m];
+          if (low_y[j] > high_y[i] || high_y[j] < low_y[i] || band(std::max(low_y[i], low_y[j])) != b ||
+              !within(edges[i], edges[j], reach))
+            continue;
+          judge(std::min(i, j), std::max(i, j));
+          judge(std::max(i, j), std::min(i, j));
+        }
       }
     }
   } catch (const ArithmeticFault&) {
