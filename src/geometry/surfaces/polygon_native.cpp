@@ -179,11 +179,23 @@ std::optional<bool> native_all_collinear(PyObject* self) {
 Ref native_triangulation(PyObject* self) {
   const auto clipped = clip(self);
   if (!clipped) return {};
+  // Each Triangle as its __init__ fills it: the three points as `profile`, their
+  // coordinates as `vertices`. Nothing made here can form a cycle, so the collector,
+  // which would otherwise walk the growing list again and again, waits till the end.
+  CollectorPause pause;
   Ref triangles = check(PyList_New(0));
-  Ref triangle_class = global<"Triangle">();
   for (const auto& t : clipped->triangles) {
     const auto& o = clipped->polygon.objects;
-    Ref triangle = call(triangle_class.get(), {o[t[0]].get(), o[t[1]].get(), o[t[2]].get()});
+    Ref profile = list({o[t[0]].get(), o[t[1]].get(), o[t[2]].get()});
+    Ref rows[3];
+    for (int k = 0; k < 3; ++k) {
+      const Vec3& c = clipped->polygon.corners[t[k]];
+      Ref x = new_float(c.x), y = new_float(c.y), z = new_float(c.z);
+      rows[k] = list({x.get(), y.get(), z.get()});
+    }
+    Ref vertices = list({rows[0].get(), rows[1].get(), rows[2].get()});
+    Ref triangle =
+        new_instance(triangle_class(), {{id<"profile">(), profile.get()}, {id<"vertices">(), vertices.get()}});
     check(PyList_Append(triangles.get(), triangle.get()));
   }
   return triangles;
