@@ -83,6 +83,12 @@ inline Ref getitem(PyObject* o, Py_ssize_t index) {
   return check(PyObject_GetItem(o, key.get()));
 }
 
+// `o + [o[0]]`: a sequence closed by its first item, with the host's errors.
+inline Ref closed(PyObject* o) {
+  Ref first = getitem(o, 0);
+  Ref tail = list({first.get()});
+  return check(PyNumber_Add(o, tail.get()));
+}
 inline bool both_floats(PyObject* a, PyObject* b) { return PyFloat_CheckExact(a) && PyFloat_CheckExact(b); }
 
 inline Ref add(PyObject* a, PyObject* b) {

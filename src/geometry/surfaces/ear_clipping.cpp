@@ -97,10 +97,8 @@ Ref in_triangle(const Args& a) {
 
 // closed_circumference = circumference + [circumference[0]]; raise if it runs clockwise.
 void require_counter_clockwise(PyObject* circumference) {
-  Ref first = getitem(circumference, 0);
-  Ref closed = check(PySequence_List(circumference));
-  check(PyList_Append(closed.get(), first.get()));
-  Ref clockwise = call(global<"circumference_is_clockwise">().get(), {closed.get()});
+  Ref ring = closed(circumference);
+  Ref clockwise = call(global<"circumference_is_clockwise">().get(), {ring.get()});
   if (truth(clockwise.get())) raise(PyExc_ValueError, "Circumference should be counter clockwise");
 }
 

@@ -78,9 +78,7 @@ enum class IsSimple { points };
 Ref is_simple(const Args& a) {
   PyObject* points = a[IsSimple::points];
   if (const auto simple = native_is_simple(points)) return boolean(*simple);
-  Ref first = getitem(points, 0);
-  Ref all_points = check(PySequence_List(points));
-  check(PyList_Append(all_points.get(), first.get()));
+  Ref all_points = closed(points);
   Ref lines = check(PyList_New(0));
   Ref pairs = call(global<"_current_next">().get(), {all_points.get()});
   Ref it = check(PyObject_GetIter(pairs.get()));
@@ -142,10 +140,8 @@ constexpr Member verify_member =
 
 Ref has_clockwise_circumference(const Args& a) {
   Ref points = getattr(a.self(), id<"points">());
-  Ref closed = check(PySequence_List(points.get()));
-  Ref first = getitem(points.get(), 0);
-  check(PyList_Append(closed.get(), first.get()));
-  return call(global<"circumference_is_clockwise">().get(), {closed.get()});
+  Ref ring = closed(points.get());
+  return call(global<"circumference_is_clockwise">().get(), {ring.get()});
 }
 constexpr Member has_clockwise_circumference_member =
     method("has_clockwise_circumference", "() -> bool", has_clockwise_circumference,
@@ -307,11 +303,9 @@ Ref extrude(const Args& a) {
     check(PyList_Append(profile.get(), flat.get()));
   }
   if (PyErr_Occurred()) throw PyError{};
-  Ref first = getitem(profile.get(), 0);
-  Ref closed = check(PySequence_List(profile.get()));
-  check(PyList_Append(closed.get(), first.get()));
+  Ref ring = closed(profile.get());
   Ref rotation = new_float(a.num(Extrude::profile_rotation));
-  return call_kw(global<"Extrusion">().get(), {closed.get(), a[Extrude::line], rotation.get()},
+  return call_kw(global<"Extrusion">().get(), {ring.get(), a[Extrude::line], rotation.get()},
                  {{id<"material">(), a[Extrude::material]}});
 }
 constexpr Member extrude_member =
