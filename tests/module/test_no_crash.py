@@ -52,7 +52,8 @@ def instances():
     triangle = geometry.Triangle(p, q, r)
     assembly = geometry.TriangleAssembly([triangle])
     return [p, geometry.Vector(1, 2, 3), geometry.Line(p, q), triangle, geometry.Material("m"), assembly,
-            geometry.Group([assembly]), geometry.LinearPattern(assembly, [1, 0, 0], 2, 1.0)]
+            geometry.Group([assembly]), geometry.LinearPattern(assembly, [1, 0, 0], 2, 1.0),
+            geometry.GeoPoint(52, 5), geometry.GeoPolygon(1, 2, 3)]
 
 
 @pytest.mark.filterwarnings("ignore")

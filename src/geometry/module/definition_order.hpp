@@ -6,8 +6,8 @@
 
 #define OSTREL_DEFINITION_ORDER(step)                                                                                 \
   step(visualisation_error) step(vector) step(gltf) step(material) step(transformable_object) step(group) step(point) \
-      step(line) step(line_intersections) /* Revolve, LineRevolve, Arc, ArcRevolve */                                 \
-      step(triangle)                      /* CartesianAxes, RDWGSConverter */                                         \
+      step(line) step(line_intersections)   /* Revolve, LineRevolve, Arc, ArcRevolve */                               \
+      step(triangle) step(rd_wgs_converter) /* CartesianAxes between these two */                                     \
       step(coordinate_conversions) /* Extrusion, ArcExtrusion, CircularExtrusion, RectangularExtrusion, SquareBeam */ \
       step(coplanarity)            /* points_are_coplanar, lines_in_same_plane */                                     \
       step(point_forms)            /* calculate_distance_vector, convert_points_for_lathe */                          \
@@ -18,5 +18,5 @@
       step(orientation)      /* circumference_is_clockwise */                                                         \
       step(add_point) step(get_vertices_faces) step(find_overlap)                                                     \
           step(patterns) /* Polygon, Polyline, Cone, Sphere, Torus */                                                 \
-      step(triangle_assembly)                                                                                         \
-          step(current_next) /* geographic classes, _Mesh; the OBJ and MTL readers and _MeshAssembly */
+      step(triangle_assembly) step(current_next)                                                                      \
+          step(geo_shapes) /* _Mesh; the OBJ and MTL readers and _MeshAssembly */
