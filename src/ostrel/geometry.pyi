@@ -2,7 +2,7 @@
 import logging
 import uuid
 from abc import ABC, abstractmethod
-from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, Tuple, TypeVar, Union
+from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, TextIO, Tuple, TypeVar, Union
 
 import numpy as np
 
@@ -302,3 +302,30 @@ class GeoPolygon:
     def __repr__(self) -> str: ...
     @property
     def points(self) -> List[GeoPoint]: ...
+
+class _Mesh(TransformableObject):
+    _vertices: List[List[float]]
+    _faces: List[List[int]]
+    material: Material
+    def __init__(
+        self, vertices: List[List[float]], faces: List[List[int]], material: Optional[Material] = None
+    ) -> None: ...
+    @classmethod
+    def from_obj(cls, file: TextIO, material: Optional[Material] = None) -> _Mesh: ...
+    @property
+    def _name(self) -> str: ...
+    def _to_trimesh(self) -> trimesh.Trimesh: ...
+
+def _parse_vertices_and_faces_from_obj(file: TextIO) -> Tuple[List[List[float]], List[List[int]]]: ...
+
+class _MeshAssembly(Group):
+    def __init__(self, meshes: List[_Mesh]) -> None: ...
+    @classmethod
+    def from_obj(
+        cls, file: TextIO, material_library: Optional[TextIO] = None, default_material: Optional[Material] = None
+    ) -> _MeshAssembly: ...
+
+def _parse_vertices_and_grouped_faces_from_obj(
+    file: TextIO,
+) -> Tuple[List[List[float]], List[Tuple[List[List[int]], Optional[str]]]]: ...
+def _parse_obj_material_library(file: TextIO) -> Dict[Optional[str], Dict[str, Any]]: ...

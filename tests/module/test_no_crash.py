@@ -53,7 +53,8 @@ def instances():
     assembly = geometry.TriangleAssembly([triangle])
     return [p, geometry.Vector(1, 2, 3), geometry.Line(p, q), triangle, geometry.Material("m"), assembly,
             geometry.Group([assembly]), geometry.LinearPattern(assembly, [1, 0, 0], 2, 1.0),
-            geometry.GeoPoint(52, 5), geometry.GeoPolygon(1, 2, 3)]
+            geometry.GeoPoint(52, 5), geometry.GeoPolygon(1, 2, 3), geometry._Mesh([[0.0, 0.0, 0.0]], []),
+            geometry._MeshAssembly([])]
 
 
 @pytest.mark.filterwarnings("ignore")

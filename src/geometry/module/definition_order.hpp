@@ -18,5 +18,5 @@
       step(orientation)      /* circumference_is_clockwise */                                                         \
       step(add_point) step(get_vertices_faces) step(find_overlap)                                                     \
           step(patterns) /* Polygon, Polyline, Cone, Sphere, Torus */                                                 \
-      step(triangle_assembly) step(current_next)                                                                      \
-          step(geo_shapes) /* _Mesh; the OBJ and MTL readers and _MeshAssembly */
+      step(triangle_assembly) step(current_next) step(geo_shapes) step(mesh) step(obj_reader) step(mesh_assembly)     \
+          step(grouped_obj_reader) step(mtl_reader)
