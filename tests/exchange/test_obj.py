@@ -1,5 +1,8 @@
 """The OBJ and MTL readers on text with groups, materials, comments, n-gons and bad lines."""
+import gc
+
 import pytest
+from hypothesis import given, strategies as st
 
 from ostrel.core import File
 from ostrel.geometry import (_parse_obj_material_library, _parse_vertices_and_faces_from_obj,
@@ -7,13 +10,13 @@ from ostrel.geometry import (_parse_obj_material_library, _parse_vertices_and_fa
 
 
 class Lines:
-    """Anything with readlines(): here a generator, not a list."""
+    """Anything with readlines(); by default a generator, not a list."""
 
-    def __init__(self, *lines):
-        self.lines = lines
+    def __init__(self, *lines, kind=lambda lines: (line for line in lines)):
+        self.lines, self.kind = lines, kind
 
     def readlines(self):
-        return (line for line in self.lines)
+        return self.kind(self.lines)
 
 
 def text(source):
@@ -163,3 +166,69 @@ def test_material_library_edges(source, expected):
 def test_bad_material_lines(source, error):
     with pytest.raises(error):
         _parse_obj_material_library(text(source))
+
+
+def plain_parse(lines):
+    """The documented steps of the plain reader, in Python."""
+    vertices, faces = [], []
+    for line in lines:
+        split = line.split()
+        if not split:
+            continue
+        if split[0] == "v":
+            vertices.append([float(split[1]), float(split[2]), float(split[3])])
+        elif split[0] == "f":
+            corners = split[1:]
+            for i in range(1, len(corners) - 1):
+                faces.append([int(corners[0].split("/")[0]) - 1, int(corners[i].split("/")[0]) - 1,
+                              int(corners[i + 1].split("/")[0]) - 1])
+    return vertices, faces
+
+
+def outcome(parse, lines):
+    try:
+        return repr(parse(lines))
+    except (IndexError, ValueError) as error:
+        return type(error).__name__, str(error)
+
+
+AWKWARD = ["0", "-0", "+0.5", ".5", "5.", "007", "1e5", "1E-5", "-1.5e+300", "1e400", "-1e400", "1e-400",
+           "4.9e-324", "2.4703282292062328e-324", "2.2250738585072011e-308", "1_000.5", "1__0", "_1", "1_",
+           "1_0e1_0", "inf", "-Infinity", "nAn", "-nan", "+inf", "infinit", "0x10", "1e", "e5", ".", "+-1",
+           "1.2.3", "--1", "\u0661\u0662", "\uff11\uff12.5", "0.1000000000000000055511151231257827021181583404541015625",
+           "9007199254740993", "1" * 30, "-" + "9" * 18, "9" * 19, "1" * 5000, "1." + "0" * 400 + "1", "\x00",
+           "12/3", "4//", "/", "1/x", "é", ""]
+SEPARATORS = [" ", "\t", "  ", "\x0b", "\x0c", "\x1c", "\x1f", "\xa0", "\u2003", "\r"]
+
+
+@pytest.mark.parametrize("word", AWKWARD)
+def test_numbers_read_as_the_host_reads_them(word):
+    for line in (f"v {word} 1 2\n", f"f {word} 1 2\n", f"f 1 2 {word}\n", f"f 1 {word}/5 2 3"):
+        for kind in (list, iter):
+            assert outcome(_parse_vertices_and_faces_from_obj, Lines(line, kind=kind)) == outcome(plain_parse, [line])
+
+
+@given(st.lists(st.lists(st.sampled_from(["v", "f", "g", "#", "v#"] + AWKWARD[:40]), max_size=6).map(tuple),
+                max_size=6),
+       st.lists(st.sampled_from(SEPARATORS), min_size=1))
+def test_any_line_reads_as_the_documented_steps_read_it(rows, separators):
+    lines = [separators[i % len(separators)].join(row) + "\n" for i, row in enumerate(rows)]
+    expected = outcome(plain_parse, lines)
+    for kind in (list, tuple, iter):
+        assert outcome(_parse_vertices_and_faces_from_obj, Lines(*lines, kind=kind)) == expected
+
+
+def test_the_callers_lines_and_collector_are_left_as_they_were():
+    kept = ["v 1 2 3\n", "f 1 1 1\n", "v 1 x 2\n"]
+    with pytest.raises(ValueError):
+        _parse_vertices_and_faces_from_obj(Lines(kind=lambda _: kept))
+    assert kept == ["v 1 2 3\n", "f 1 1 1\n", "v 1 x 2\n"] and gc.isenabled()
+    seen = []
+
+    class Spy(str):
+        def split(self, *args):
+            seen.append(gc.isenabled())
+            return super().split(*args)
+
+    _parse_vertices_and_faces_from_obj(Lines("v 1 2 3", Spy("f 1 1 1"), kind=list))
+    assert seen == [True]

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <initializer_list>
+#include <string_view>
 
 #include "module/ref.hpp"
 
@@ -18,7 +19,7 @@ class ObjLine {
   virtual bool blank() = 0;
   // The position of the first of `keywords` that `split[0] == keyword` holds for,
   // tested in order; -1 where none does.
-  virtual int keyword(std::initializer_list<const char*> keywords) = 0;
+  virtual int keyword(std::initializer_list<std::string_view> keywords) = 0;
   // [float(split[1]), float(split[2]), float(split[3])]
   virtual Ref vertex() = 0;
   // The face statement: the fan of triangles [a, b, c] around the first corner of

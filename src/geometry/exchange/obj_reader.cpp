@@ -3,6 +3,8 @@
 // materials ("usemtl"). Every other statement, comments included, is ignored without
 // a word, and nothing is validated: bad input fails with the host's own IndexError
 // or ValueError where the documented steps meet it.
+#include <string_view>
+
 #include "exchange/obj_line.hpp"
 #include "module/class_builder.hpp"
 #include "module/objects.hpp"
@@ -11,13 +13,15 @@ namespace ostrel {
 
 namespace {
 
+using namespace std::string_view_literals;
+
 enum class Parse { file };
 
 Ref parse_vertices_and_faces(const Args& a) {
   Ref vertices = check(PyList_New(0)), faces = check(PyList_New(0));
   for_each_obj_line(a[Parse::file], [&](ObjLine& line) {
     if (line.blank()) return;
-    switch (line.keyword({"v", "f"})) {
+    switch (line.keyword({"v"sv, "f"sv})) {
       case 0:
         check(PyList_Append(vertices.get(), line.vertex().get()));
         break;
@@ -42,7 +46,7 @@ Ref parse_vertices_and_grouped_faces(const Args& a) {
   };
   for_each_obj_line(a[Parse::file], [&](ObjLine& line) {
     if (line.blank()) return;
-    switch (line.keyword({"g", "v", "f", "usemtl"})) {
+    switch (line.keyword({"g"sv, "v"sv, "f"sv, "usemtl"sv})) {
       case 0:
         // A group without faces so far goes on, material included.
         if (PyList_GET_SIZE(faces.get()) == 0) break;
