@@ -1,10 +1,25 @@
 #include "geographic/rd_wgs_kernel.hpp"
 
+#include <cmath>
+
 #include "foundations/float_kernel.hpp"
 
 namespace ostrel::kernel {
 
 namespace {
+
+// v ** n for an int n >= 2 as the host's float power computes it (the power of the
+// absolute value, negated for a negative v and an odd n; an infinite result of a finite
+// v is an overflow, which the host raises), without the general special cases.
+double integer_power(double v, int n) {
+  if (std::isnan(v)) return v;
+  const bool odd = (n & 1) != 0;
+  if (std::isinf(v)) return odd ? v : std::fabs(v);
+  if (v == 0.0) return odd ? v : 0.0;
+  const double r = library_pow(std::fabs(v), n);
+  if (std::isinf(r)) throw ArithmeticFault{ArithmeticFault::Kind::power, v, static_cast<double>(n)};
+  return v < 0.0 && odd ? -r : r;
+}
 
 // v ** 0 ... v ** highest as the host's float power gives them, each computed once: a
 // power is the same value in every term that uses it. The host gives 1.0 for an
@@ -14,7 +29,7 @@ struct Powers {
   Powers(double v, int highest) {
     values[0] = 1.0;
     values[1] = v;
-    for (int n = 2; n <= highest; ++n) values[n] = power(v, n);
+    for (int n = 2; n <= highest; ++n) values[n] = integer_power(v, n);
   }
   double operator[](int n) const { return values[n]; }
   double values[6] = {};
