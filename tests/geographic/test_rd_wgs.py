@@ -164,4 +164,4 @@ def test_round_trip_agrees_to_the_accuracy_of_the_series():
     for x in range(0, 300001, 50000):
         for y in range(300000, 620001, 40000):
             back = RDWGSConverter.from_wgs_to_rd(RDWGSConverter.from_rd_to_wgs((x, y)))
-            assert math.dist(back, (x, y)) < 5.0
+            assert math.dist(back, (x, y)) < 0.01
