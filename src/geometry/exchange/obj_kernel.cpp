@@ -96,8 +96,11 @@ std::optional<long long> decimal_int(std::string_view word) {
   if (!word.empty() && (word[0] == '+' || word[0] == '-')) ++i;
   const std::size_t start = i;
   long long value = 0;
-  for (; i < word.size() && is_digit(word[i]); ++i) value = value * 10 + (word[i] - '0');
-  if (i == start || i - start > 18 || i != word.size()) return std::nullopt;
+  for (; i < word.size() && is_digit(word[i]); ++i) {
+    if (i - start == 18) return std::nullopt;  // more digits than a long long surely holds
+    value = value * 10 + (word[i] - '0');
+  }
+  if (i == start || i != word.size()) return std::nullopt;
   return negative ? -value : value;
 }
 
