@@ -77,12 +77,16 @@ class HostLine final : public ObjLine {
 // vertices, and a stray large one must not make the table large.
 class IndexObjects {
  public:
-  Ref get(long long value, long long limit) {
-    if (value < 0 || value >= limit) return new_int(value);
+  // The object of `value`, borrowed: a kept one, or a new one held in `fresh`.
+  PyObject* get(long long value, long long limit, std::vector<Ref>& fresh) {
+    if (value < 0 || value >= limit) {
+      fresh.push_back(new_int(value));
+      return fresh.back().get();
+    }
     const auto at = static_cast<std::size_t>(value);
     if (at >= objects_.size()) objects_.resize(at + 1);
     if (!objects_[at]) objects_[at] = new_int(value);
-    return objects_[at];
+    return objects_[at].get();
   }
 
  private:
@@ -132,9 +136,10 @@ class TextLine final : public ObjLine {
     // Each corner's index is read once, in order: the first bad one raises, as it
     // does where the fan first reads it.
     corner_indices_.clear();
+    fresh_.clear();
     for (std::size_t i = 1; i <= corners; ++i) corner_indices_.push_back(index(words_[i]));
     for (std::size_t i = 1; i + 1 < corners; ++i) {
-      Ref triangle = list({corner_indices_[0].get(), corner_indices_[i].get(), corner_indices_[i + 1].get()});
+      Ref triangle = list({corner_indices_[0], corner_indices_[i], corner_indices_[i + 1]});
       check(PyList_Append(faces, triangle.get()));
     }
   }
@@ -151,24 +156,33 @@ class TextLine final : public ObjLine {
     return check(PyUnicode_FromStringAndSize(word.data(), static_cast<Py_ssize_t>(word.size())));
   }
 
-  // int(word.split("/")[0]) - 1
-  Ref index(std::string_view word) {
+  // int(word.split("/")[0]) - 1, borrowed from the kept indices or from fresh_.
+  PyObject* index(std::string_view word) {
     const std::string_view number = kernel::before_slash(word);
-    if (const auto value = kernel::decimal_int(number)) return indices_.get(*value - 1, vertices_ + 1024);
+    if (const auto value = kernel::decimal_int(number)) return indices_.get(*value - 1, vertices_ + 1024, fresh_);
     Ref text = str(number);
     Ref value = check(PyLong_FromUnicodeObject(text.get(), 10));
     Ref one = new_int(1);
-    return check(PyNumber_Subtract(value.get(), one.get()));
+    fresh_.push_back(check(PyNumber_Subtract(value.get(), one.get())));
+    return fresh_.back().get();
   }
 
   IndexObjects& indices_;
   long long vertices_ = 0;  // vertex statements read so far
   std::vector<std::string_view> words_;
-  std::vector<Ref> corner_indices_;
+  std::vector<PyObject*> corner_indices_;  // borrowed from indices_ or fresh_
+  std::vector<Ref> fresh_;                 // the indices of this line that are not kept
 };
 
 bool is_ascii_text(PyObject* line) {
-  return PyUnicode_CheckExact(line) && PyUnicode_READY(line) == 0 && PyUnicode_IS_ASCII(line);
+  if (!PyUnicode_CheckExact(line)) return false;
+#if PY_VERSION_HEX < 0x030C0000
+  if (PyUnicode_READY(line) != 0) {  // a str of the old wide kind that cannot be converted
+    PyErr_Clear();
+    return false;
+  }
+#endif
+  return PyUnicode_IS_ASCII(line);
 }
 
 // Whether reading every line runs no code of the caller's: a list or tuple of exact
