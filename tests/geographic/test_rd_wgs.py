@@ -159,3 +159,18 @@ def test_round_trip_agrees_to_the_accuracy_of_the_series():
         for y in range(300000, 620001, 40000):
             back = RDWGSConverter.from_wgs_to_rd(RDWGSConverter.from_rd_to_wgs((x, y)))
             assert math.dist(back, (x, y)) < 0.01
+
+
+def test_a_warning_hook_that_changes_the_input_or_the_class(monkeypatch):
+    coords = [-10000.0, 0.0]
+
+    def hook(*args):
+        coords[1] = 463000.0
+        monkeypatch.setattr(RDWGSConverter, "X0", 0)
+
+    with warnings.catch_warnings():
+        warnings.simplefilter("always")
+        warnings.showwarning = hook
+        assert RDWGSConverter.from_rd_to_wgs(coords) == rd_to_wgs([-10000.0, 463000.0], x0=0)
+        monkeypatch.undo()
+        assert RDWGSConverter.from_rd_to_wgs((-10000.0, 0.0)) == rd_to_wgs((-10000.0, 0.0), x0=0)

@@ -100,18 +100,14 @@ Ref series(const std::array<kernel::SeriesTerm, N>& terms, PyObject* first, PyOb
   return sum;
 }
 
-enum class Convert { coords };
-
-Ref from_rd_to_wgs(const Args& a) {
-  PyObject* coords = a[Convert::coords];
-  if (const auto rd = read_pair(coords)) {
-    if (kernel::rd_x_outside((*rd)[0])) warn(x_warning);
-    if (kernel::rd_y_outside((*rd)[1])) warn(y_warning);
-    return float_pair(kernel::rd_to_wgs((*rd)[0], (*rd)[1]));
-  }
+// `if coords[0] < ... or ...: warnings.warn(...)`, then the same for coords[1].
+void rd_bounds_steps(PyObject* coords) {
   Ref x_low = new_int(-7000), x_high = new_int(300000), y_low = new_int(289000), y_high = new_int(629000);
   if (outside(coords, 0, x_low.get(), x_high.get())) warn(x_warning);
   if (outside(coords, 1, y_low.get(), y_high.get())) warn(y_warning);
+}
+
+Ref rd_series_steps(PyObject* coords) {
   Ref dx = scaled_offset(coords, 0, 1e-5, id<"X0">()), dy = scaled_offset(coords, 1, 1e-5, id<"Y0">());
   Ref seconds = new_float(3600.0);
   Ref phi_sum = series(kernel::latitude_series, dx.get(), dy.get(), false);
@@ -124,22 +120,15 @@ Ref from_rd_to_wgs(const Args& a) {
   Ref lam = add(lam0.get(), lam_degrees.get());
   return list({phi.get(), lam.get()});
 }
-constexpr Member from_rd_to_wgs_member =
-    static_method("from_rd_to_wgs", "(coords: Tuple[float, float]) -> List[float]", from_rd_to_wgs,
-                  "[latitude, longitude] in degrees of RD (x, y) in metres; a position outside RD is\n"
-                  "reported with a warning and converted all the same.");
 
-Ref from_wgs_to_rd(const Args& a) {
-  PyObject* coords = a[Convert::coords];
-  if (const auto wgs = read_pair(coords)) {
-    if (kernel::wgs_latitude_outside((*wgs)[0])) warn(latitude_warning);
-    if (kernel::wgs_longitude_outside((*wgs)[1])) warn(longitude_warning);
-    return float_pair(kernel::wgs_to_rd((*wgs)[0], (*wgs)[1]));
-  }
+void wgs_bounds_steps(PyObject* coords) {
   Ref phi_low = new_float(50.56846369435836), phi_high = new_float(53.627020058901856);
   Ref lam_low = new_float(3.100559333335453), lam_high = new_float(7.578928993560541);
   if (outside(coords, 0, phi_low.get(), phi_high.get())) warn(latitude_warning);
   if (outside(coords, 1, lam_low.get(), lam_high.get())) warn(longitude_warning);
+}
+
+Ref wgs_series_steps(PyObject* coords) {
   Ref dphi = scaled_offset(coords, 0, 0.36, id<"phi0">()), dlam = scaled_offset(coords, 1, 0.36, id<"lam0">());
   Ref x = series(kernel::x_series, dphi.get(), dlam.get(), true);
   Ref x0 = getattr(global<"RDWGSConverter">().get(), id<"X0">());
@@ -149,6 +138,56 @@ Ref from_wgs_to_rd(const Args& a) {
   y = check(PyNumber_InPlaceAdd(y.get(), y0.get()));
   return list({x.get(), y.get()});
 }
+
+// One direction of the conversion: its bounds, warnings and series, natively and as
+// documented steps.
+struct Direction {
+  bool (*first_outside)(double);
+  bool (*second_outside)(double);
+  const char* first_warning;
+  const char* second_warning;
+  Pair (*series)(double, double);
+  void (*bounds_steps)(PyObject* coords);
+  Ref (*series_steps)(PyObject* coords);
+};
+
+constexpr Direction rd_to_wgs{kernel::rd_x_outside, kernel::rd_y_outside, x_warning,      y_warning,
+                              kernel::rd_to_wgs,    rd_bounds_steps,      rd_series_steps};
+constexpr Direction wgs_to_rd{kernel::wgs_latitude_outside,
+                              kernel::wgs_longitude_outside,
+                              latitude_warning,
+                              longitude_warning,
+                              kernel::wgs_to_rd,
+                              wgs_bounds_steps,
+                              wgs_series_steps};
+
+// The bounds warnings, then the series. A warning can run a caller's code (a hook of
+// the warnings machinery) that changes a list or the class: a list outside the bounds
+// takes the documented steps throughout, and the class is checked again after the
+// warnings.
+Ref convert(PyObject* coords, const Direction& d) {
+  auto pair = read_pair(coords);
+  const bool first = pair && d.first_outside((*pair)[0]), second = pair && d.second_outside((*pair)[1]);
+  if ((first || second) && !PyTuple_CheckExact(coords)) pair.reset();
+  if (pair) {
+    if (first) warn(d.first_warning);
+    if (second) warn(d.second_warning);
+  } else {
+    d.bounds_steps(coords);
+  }
+  if (pair && natives.hold()) return float_pair(d.series((*pair)[0], (*pair)[1]));
+  return d.series_steps(coords);
+}
+
+enum class Convert { coords };
+
+Ref from_rd_to_wgs(const Args& a) { return convert(a[Convert::coords], rd_to_wgs); }
+constexpr Member from_rd_to_wgs_member =
+    static_method("from_rd_to_wgs", "(coords: Tuple[float, float]) -> List[float]", from_rd_to_wgs,
+                  "[latitude, longitude] in degrees of RD (x, y) in metres; a position outside RD is\n"
+                  "reported with a warning and converted all the same.");
+
+Ref from_wgs_to_rd(const Args& a) { return convert(a[Convert::coords], wgs_to_rd); }
 constexpr Member from_wgs_to_rd_member =
     static_method("from_wgs_to_rd", "(coords: Tuple[float, float]) -> List[float]", from_wgs_to_rd,
                   "[x, y] in RD metres of WGS (latitude, longitude) in degrees; a position outside RD\n"
