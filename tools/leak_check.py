@@ -21,6 +21,11 @@ v, w = V(1, 2, 3), V(3, 2, 1)
 a, b = L(P(0, 0), P(2, 2)), L(P(0, 2), P(2, 0))
 grid = [T(P(i, j), P(i + 1, j), P(i, j + 1)) for i in range(4) for j in range(4)]
 tile = g.TriangleAssembly([T(p, q, r)])
+place = g.GeoPoint(52.1, 5.2)
+obj_text = g.File.from_data("v 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 1 0\ng a\nusemtl red\nf 1 2 3 4\nf 1/1 2/2 1_0\n"
+                            "v 1e400 -0 .5\ng b\nf 1 2 3\n")
+bad_obj_text = g.File.from_data("v 0 0 0\nf 1 2 x\n")
+mtl_text = g.File.from_data("newmtl red\nKd 1 0.5 0\n")
 
 
 def raises(call, *args):
@@ -39,6 +44,10 @@ GROUPS = {
                                     g.point_is_on_bounded_line((1, 1), a), a.collinear((3, 3)))),
     "assembly merging": (0.1, lambda: g.get_vertices_faces(grid)),
     "GLB export": (0.005, lambda: g._GLTF.to_gltf(tile)),
+    "geographic": (1.0, lambda: (g.RDWGSConverter.from_rd_to_wgs((120000.0, 480000)), g.GeoPoint.from_rd((0, 0)),
+                                 place.rd, place == place, repr(g.GeoPolygon(place, place, place)))),
+    "OBJ and MTL": (0.05, lambda: (g._MeshAssembly.from_obj(obj_text, mtl_text),
+                                   raises(g._parse_vertices_and_faces_from_obj, bad_obj_text))),
     "error paths": (1.0, lambda: (raises(V(0, 0, 0).normalize), raises(L, p, p), raises(P, 1),
                                   raises(g.Point, "x", 1), raises(a.__getitem__, 5))),
 }

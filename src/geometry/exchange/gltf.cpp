@@ -119,7 +119,8 @@ Ref to_gltf(const Args& a) {
     Ref geometry = call_method(o, id<"_to_trimesh">(), {});
     Ref transform = getattr(o, id<"_transformation">());
     Ref name = getattr(o, id<"_name">());
-    call_kw(add.get(), {scene.get(), geometry.get()}, {{id<"transform">(), transform.get()}, {id<"name">(), name.get()}});
+    call_kw(add.get(), {scene.get(), geometry.get()},
+            {{id<"transform">(), transform.get()}, {id<"name">(), name.get()}});
   }
   Ref file = call(global<"File">().get(), {});
   Ref exchange = getattr(global<"trimesh">().get(), id<"exchange">());

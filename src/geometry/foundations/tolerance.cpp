@@ -36,7 +36,9 @@ Tolerance module_tolerance() {
   return validated({as_double(rel.get()), as_double(abs.get())});
 }
 
-Tolerance abs_tolerance() { return validated({1e-9, as_double(global<"ISCLOSE_ATOL">().get())}); }
+Tolerance abs_tolerance() { return abs_tolerance(global<"ISCLOSE_ATOL">().get()); }
+
+Tolerance abs_tolerance(PyObject* atol) { return validated({1e-9, as_double(atol)}); }
 
 std::optional<kernel::Tolerances> native_tolerances() {
   // Kept while the module namespace is unchanged.

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "foundations/float_kernel.hpp"
+#include "module/ref.hpp"
 
 namespace ostrel {
 
@@ -14,6 +15,10 @@ kernel::Tolerance module_tolerance();
 
 // abs_tol=ISCLOSE_ATOL alone, rel_tol 1e-9; read and checked likewise.
 kernel::Tolerance abs_tolerance();
+
+// The same for the value of ISCLOSE_ATOL read already, where the documented step reads
+// the global before the numbers it compares are converted.
+kernel::Tolerance abs_tolerance(PyObject* atol);
 
 // Both forms for a native path: only where both globals are floats or ints that
 // math.isclose accepts, so that reading them runs no code and raises nothing, and every

@@ -46,6 +46,11 @@ Ref entry(const std::string& class_name, const Member& m) {
 
 Ref define_class(const char* name, std::initializer_list<PyObject*> bases, const char* doc,
                  std::initializer_list<Member> members, ClassGuard* guard) {
+  return define_class(name, bases, doc, {}, members, guard);
+}
+
+Ref define_class(const char* name, std::initializer_list<PyObject*> bases, const char* doc,
+                 std::initializer_list<ClassValue> values, std::initializer_list<Member> members, ClassGuard* guard) {
   Ref namespace_ = check(PyDict_New());
   Ref module_name = new_str("ostrel.geometry"), qualname = new_str(name);
   check(PyDict_SetItemString(namespace_.get(), "__module__", module_name.get()));
@@ -54,6 +59,7 @@ Ref define_class(const char* name, std::initializer_list<PyObject*> bases, const
     Ref text = new_str(doc);
     check(PyDict_SetItemString(namespace_.get(), "__doc__", text.get()));
   }
+  for (const ClassValue& v : values) check(PyDict_SetItemString(namespace_.get(), v.name, v.value));
   for (const Member& m : members) {
     Ref value = entry(name, m);
     check(PyDict_SetItemString(namespace_.get(), m.name, value.get()));

@@ -58,10 +58,21 @@ constexpr Member abstract_property(const char* name, const char* signature, Body
   return {Member::Kind::abstract_property, name, signature, getter, doc};
 }
 
+// A data attribute of a class body, such as `X0 = 155000`; `value` is borrowed.
+struct ClassValue {
+  const char* name;
+  PyObject* value;
+};
+
 // Calls the metaclass with the bases and a namespace of the members, stores the class
 // as a module global, sets `guard` to it where one is given, and returns it.
 Ref define_class(const char* name, std::initializer_list<PyObject*> bases, const char* doc,
                  std::initializer_list<Member> members, ClassGuard* guard = nullptr);
+
+// The same for a class body that starts with data attributes, in their order.
+Ref define_class(const char* name, std::initializer_list<PyObject*> bases, const char* doc,
+                 std::initializer_list<ClassValue> values, std::initializer_list<Member> members,
+                 ClassGuard* guard = nullptr);
 
 // A module-level function, stored as a module global.
 Ref define_function(const Member& member);
