@@ -26,6 +26,7 @@ obj_text = g.File.from_data("v 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 1 0\ng a\nusemtl red
                             "v 1e400 -0 .5\ng b\nf 1 2 3\n")
 bad_obj_text = g.File.from_data("v 0 0 0\nf 1 2 x\n")
 mtl_text = g.File.from_data("newmtl red\nKd 1 0.5 0\n")
+l_shape = [P(0, 0), P(2, 0), P(2, 1), P(1, 1), P(1, 2), P(0, 2)]
 
 
 def raises(call, *args):
@@ -46,6 +47,9 @@ GROUPS = {
     "GLB export": (0.005, lambda: g._GLTF.to_gltf(tile)),
     "geographic": (1.0, lambda: (g.RDWGSConverter.from_rd_to_wgs((120000.0, 480000)), g.GeoPoint.from_rd((0, 0)),
                                  place.rd, place == place, repr(g.GeoPolygon(place, place, place)))),
+    "polygons": (0.1, lambda: (lambda s: (s.cross_sectional_area, s.centroid, s.moment_of_inertia, s._triangles(),
+                                          raises(g.Polygon, l_shape[:2])))(g.Polygon(l_shape))),
+    "extrusions": (0.01, lambda: g.SquareBeam(1, 2, 3).material),
     "OBJ and MTL": (0.05, lambda: (g._MeshAssembly.from_obj(obj_text, mtl_text),
                                    raises(g._parse_vertices_and_faces_from_obj, bad_obj_text))),
     "error paths": (1.0, lambda: (raises(V(0, 0, 0).normalize), raises(L, p, p), raises(P, 1),
