@@ -3,6 +3,8 @@
 
 #include <numpy/arrayobject.h>
 
+#include <algorithm>
+
 namespace ostrel {
 
 namespace {
@@ -29,6 +31,37 @@ Ref float_array(std::initializer_list<PyObject*> items) {
   Ref array = getattr(np.get(), id<"array">());
   Ref kwnames = tuple({id<"dtype">()});
   return call(array.get(), {values.get(), reinterpret_cast<PyObject*>(&PyFloat_Type)}, kwnames.get());
+}
+
+namespace {
+
+Ref double_array(std::span<const double> values) {
+  npy_intp size = static_cast<npy_intp>(values.size());
+  Ref array = check(PyArray_SimpleNew(1, &size, NPY_DOUBLE));
+  std::copy(values.begin(), values.end(),
+            static_cast<double*>(PyArray_DATA(reinterpret_cast<PyArrayObject*>(array.get()))));
+  return array;
+}
+
+}  // namespace
+
+std::optional<std::vector<double>> numpy_elementwise(PyObject* name, std::span<const double> a,
+                                                     std::span<const double> b) {
+  Ref np = global<"np">();
+  if (np.get() != imported_numpy) return std::nullopt;
+  Ref function = getattr(np.get(), name);
+  Ref first = double_array(a);
+  Ref result = b.empty() ? call(function.get(), {first.get()}) : [&] {
+    Ref second = double_array(b);
+    return call(function.get(), {first.get(), second.get()});
+  }();
+  if (!PyArray_CheckExact(result.get())) return std::nullopt;
+  auto* array = reinterpret_cast<PyArrayObject*>(result.get());
+  if (PyArray_TYPE(array) != NPY_DOUBLE || PyArray_NDIM(array) != 1 ||
+      PyArray_DIM(array, 0) != static_cast<npy_intp>(a.size()) || !PyArray_IS_C_CONTIGUOUS(array))
+    return std::nullopt;
+  const double* data = static_cast<const double*>(PyArray_DATA(array));
+  return std::vector<double>(data, data + a.size());
 }
 
 }  // namespace ostrel

@@ -3,6 +3,9 @@
 #pragma once
 
 #include <initializer_list>
+#include <optional>
+#include <span>
+#include <vector>
 
 #include "module/globals.hpp"
 #include "module/objects.hpp"
@@ -15,5 +18,12 @@ void import_numpy_api();
 // np.array([items...], dtype=float). Built directly through NumPy's C API when the
 // items are floats and `np` is still the numpy the module imported.
 Ref float_array(std::initializer_list<PyObject*> items);
+
+// np.<name>(a) or np.<name>(a, b) on arrays of the doubles given, elementwise: NumPy
+// runs the very loop it runs for one scalar, so each value is the one a call per value
+// would give. Nothing where `np` is not the numpy the module imported or the result is
+// not an array of as many doubles.
+std::optional<std::vector<double>> numpy_elementwise(PyObject* name, std::span<const double> a,
+                                                     std::span<const double> b = {});
 
 }  // namespace ostrel

@@ -251,25 +251,20 @@ bool all_finite(const Vec3 (&v)[3], double area) {
   return std::isfinite(area);
 }
 
-}  // namespace
-
-std::optional<kernel::Moments> native_triangle_moments(const Vec3 (&v)[3], double area) {
+// The kernel, with theta's cosine and sine from NumPy itself; empty where a step
+// leaves the finite range.
+Ref native_moments(const Vec3 (&v)[3], double area) {
   const kernel::PlanVector base = kernel::moment_base(v[0], v[1]);
   Ref pi = getattr(global<"np">().get(), id<"pi">());
-  if (!PyFloat_CheckExact(pi.get())) return std::nullopt;
+  if (!PyFloat_CheckExact(pi.get())) return {};
   Ref base_x = new_float(base.x), base_y = new_float(base.y);
   Ref angle = np_call(id<"arctan2">(), {base_y.get(), base_x.get()});
   Ref theta = add(pi.get(), angle.get());
   Ref c = np_call(id<"cos">(), {theta.get()});
   Ref s = np_call(id<"sin">(), {theta.get()});
-  if (!PyFloat_Check(c.get()) || !PyFloat_Check(s.get())) return std::nullopt;
-  return kernel::triangle_moments(v[0], v[1], v[2], area, PyFloat_AS_DOUBLE(c.get()), PyFloat_AS_DOUBLE(s.get()));
-}
-
-namespace {
-
-Ref native_moments(const Vec3 (&v)[3], double area) {
-  const auto m = native_triangle_moments(v, area);
+  if (!PyFloat_Check(c.get()) || !PyFloat_Check(s.get())) return {};
+  const auto m =
+      kernel::triangle_moments(v[0], v[1], v[2], area, PyFloat_AS_DOUBLE(c.get()), PyFloat_AS_DOUBLE(s.get()));
   if (!m) return {};
   // NumPy scalars, as the documented steps give them.
   Ref float64 = getattr(global<"np">().get(), id<"float64">());
