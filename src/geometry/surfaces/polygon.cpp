@@ -13,6 +13,7 @@
 #include "module/objects.hpp"
 #include "surfaces/ear_clipping.hpp"
 #include "surfaces/polygon_native.hpp"
+#include "surfaces/unprocessed_mesh.hpp"
 
 namespace ostrel {
 
@@ -266,20 +267,7 @@ constexpr Member triangle_vertices_and_faces_member = method(
     "The mesh lists of the triangulation; with surface_orientation, the faces of a counter-clockwise\n"
     "polygon are reversed.");
 
-Ref to_trimesh(const Args& a) {
-  PyObject* self = a.self();
-  Ref result = call_method(self, id<"_triangle_vertices_and_faces">(), {});
-  Ref parts[2];
-  unpack(result.get(), 2, parts);
-  Ref material = getattr(self, id<"material">());
-  Ref visual = call_method(material.get(), id<"_to_trimesh">(), {});
-  Ref mesh_class = getattr(global<"trimesh">().get(), id<"Trimesh">());
-  return call_kw(mesh_class.get(), {},
-                 {{id<"vertices">(), parts[0].get()},
-                  {id<"faces">(), parts[1].get()},
-                  {id<"visual">(), visual.get()},
-                  {id<"process">(), Py_False}});
-}
+Ref to_trimesh(const Args& a) { return unprocessed_mesh(a.self(), id<"_triangle_vertices_and_faces">()); }
 constexpr Member to_trimesh_member = method("_to_trimesh", "() -> trimesh.parent.Geometry3D", to_trimesh,
                                             "A new unprocessed trimesh mesh of the triangulation.");
 

@@ -16,6 +16,7 @@
 #include "module/globals.hpp"
 #include "module/objects.hpp"
 #include "surfaces/triangle.hpp"
+#include "surfaces/unprocessed_mesh.hpp"
 #include "surfaces/vertex_merge_kernel.hpp"
 
 namespace ostrel {
@@ -230,20 +231,7 @@ constexpr Member get_vertices_and_faces_member =
            "([x, y, z] per vertex, [i, j, k] per triangle), in the corner order of each\n"
            "triangle's profile.");
 
-Ref to_trimesh(const Args& a) {
-  PyObject* self = a.self();
-  Ref result = call_method(self, id<"_get_vertices_and_faces">(), {});
-  Ref parts[2];
-  unpack(result.get(), 2, parts);
-  Ref material = getattr(self, id<"material">());
-  Ref visual = call_method(material.get(), id<"_to_trimesh">(), {});
-  Ref mesh_class = getattr(global<"trimesh">().get(), id<"Trimesh">());
-  return call_kw(mesh_class.get(), {},
-                 {{id<"vertices">(), parts[0].get()},
-                  {id<"faces">(), parts[1].get()},
-                  {id<"visual">(), visual.get()},
-                  {id<"process">(), Py_False}});
-}
+Ref to_trimesh(const Args& a) { return unprocessed_mesh(a.self(), id<"_get_vertices_and_faces">()); }
 constexpr Member to_trimesh_member =
     method("_to_trimesh", "() -> trimesh.Trimesh", to_trimesh,
            "A new unprocessed trimesh mesh of the triangles, with the material's visual.");
