@@ -17,6 +17,6 @@
       step(colour_text)      /* hex_to_rgb, rgb_to_hex */                                                             \
       step(orientation)      /* circumference_is_clockwise */                                                         \
       step(add_point) step(get_vertices_faces) step(find_overlap)                                                     \
-          step(patterns) /* Polygon, Polyline, Cone, Sphere, Torus */                                                 \
+          step(patterns) /* Polygon */ step(polyline) /* Cone, Sphere, Torus */                                       \
       step(triangle_assembly)                                                                                         \
           step(current_next) /* geographic classes, _Mesh; the OBJ and MTL readers and _MeshAssembly */
