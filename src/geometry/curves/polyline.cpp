@@ -5,6 +5,7 @@
 // and the point-on-polyline test; the other operations have files of their own.
 #include "curves/polyline.hpp"
 
+#include "curves/polyline_native.hpp"
 #include "foundations/tolerance.hpp"
 #include "module/globals.hpp"
 
@@ -213,6 +214,14 @@ constexpr Member monotonic_y_member =
 
 enum class PointIsOnPolyline { self, point };
 Ref point_is_on_polyline(const Args& a) {
+  if (auto native = NativePolylines::start()) {
+    kernel::Chain c;
+    kernel::Node q;
+    if (native->read(a.self(), c) && native->read_point(a[PointIsOnPolyline::point], q))
+      if (auto on = native_result(
+              [&] { return boolean(native->kernel().point_is_on_polyline(c, {c, native->tolerances()}, q)); }))
+        return *on;
+  }
   Ref lines = getattr(a.self(), id<"lines">());
   Ref items = check(PyObject_GetIter(lines.get()));
   while (Ref line = Ref::steal(PyIter_Next(items.get()))) {

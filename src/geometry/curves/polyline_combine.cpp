@@ -1,6 +1,7 @@
 // Polyline: the stretches two polylines share, and merging two polylines that touch end
 // to end or share one stretch at an end.
 #include "curves/polyline.hpp"
+#include "curves/polyline_native.hpp"
 #include "module/globals.hpp"
 
 namespace ostrel {
@@ -21,6 +22,19 @@ Ref chain_of(PyObject* pieces) {
 
 enum class FindOverlaps { self, other };
 Ref find_overlaps(const Args& a) {
+  if (auto native = NativePolylines::start()) {
+    kernel::Chain self, other;
+    if (native->read(a.self(), self) && native->read(a[FindOverlaps::other], other))
+      if (auto found = native_result([&] {
+            Ref overlaps = check(PyList_New(0));
+            for (const kernel::Chain& c : native->kernel().find_overlaps(self, other)) {
+              Ref polyline = native->polyline(c);
+              check(PyList_Append(overlaps.get(), polyline.get()));
+            }
+            return overlaps;
+          }))
+        return *found;
+  }
   Ref overlap_polylines = check(PyList_New(0));
   Ref overlap_lines = check(PyList_New(0));
   Ref own_points = points_of(a.self());
@@ -124,6 +138,12 @@ Ref join_ends(PyObject* self, PyObject* other, Py_ssize_t overlaps) {
 enum class CombineWith { self, other };
 Ref combine_with(const Args& a) {
   PyObject *self = a.self(), *other = a[CombineWith::other];
+  if (auto native = NativePolylines::start()) {
+    kernel::Chain mine, theirs;
+    if (native->read(self, mine) && native->read(other, theirs))
+      if (auto combined = native_result([&] { return native->polyline(native->kernel().combine_with(mine, theirs)); }))
+        return *combined;
+  }
   Ref overlaps = call_method(self, id<"find_overlaps">(), {other});
   const Py_ssize_t count = length_of(overlaps.get());
   if (count != 1) return join_ends(self, other, count);

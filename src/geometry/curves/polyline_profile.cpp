@@ -1,6 +1,8 @@
 // Polyline: the lower or upper envelope of two profiles, polylines that run from left to
 // right, over the stretch of x that both cover.
+#include "curves/line.hpp"
 #include "curves/polyline.hpp"
+#include "curves/polyline_native.hpp"
 #include "foundations/tolerance.hpp"
 #include "module/globals.hpp"
 
@@ -17,6 +19,15 @@ Ref at_x(PyObject* profile, PyObject* x, Py_ssize_t index) {
 enum class Profile { cls, profile_1, profile_2, lowest };
 Ref lowest_or_highest_profile(const Args& a) {
   PyObject* cls = a.self();
+  if (auto native = NativePolylines::start()) {
+    kernel::Chain first, second;
+    const auto lowest = plain_truth(a[Profile::lowest]);
+    if (lowest && cls == polyline_class().cls() && native->read(a[Profile::profile_1], first) &&
+        native->read(a[Profile::profile_2], second))
+      if (auto envelope = native_result(
+              [&] { return native->polyline(native->kernel().lowest_or_highest_profile(first, second, *lowest)); }))
+        return *envelope;
+  }
   Ref profile_1 = Ref::borrow(a[Profile::profile_1]), profile_2 = Ref::borrow(a[Profile::profile_2]);
   PyObject* lowest = a[Profile::lowest];
   Ref monotonic_1 =
@@ -71,6 +82,15 @@ Ref lowest_or_highest_profile(const Args& a) {
 enum class FindLowestOrHighest { p1, p2, lowest };
 Ref find_lowest_or_highest(const Args& a) {
   PyObject *p1 = a[FindLowestOrHighest::p1], *p2 = a[FindLowestOrHighest::p2];
+  if (auto native = NativePolylines::start()) {
+    kernel::Chain first, second;
+    const auto lowest = plain_truth(a[FindLowestOrHighest::lowest]);
+    if (lowest && native->read(p1, first) && native->read(p2, second))
+      if (auto which = native_result([&] {
+            return Ref::borrow(native->kernel().second_is_lowest_or_highest(first, second, *lowest) ? p2 : p1);
+          }))
+        return *which;
+  }
   // The part that wins at `point` against the other's height there; nothing where they agree.
   auto winner = [&](PyObject* point, PyObject* mine, PyObject* theirs) -> PyObject* {
     Ref x = getattr(point, id<"x">());
