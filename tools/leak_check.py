@@ -21,6 +21,8 @@ v, w = V(1, 2, 3), V(3, 2, 1)
 a, b = L(P(0, 0), P(2, 2)), L(P(0, 2), P(2, 0))
 grid = [T(P(i, j), P(i + 1, j), P(i, j + 1)) for i in range(4) for j in range(4)]
 tile = g.TriangleAssembly([T(p, q, r)])
+rising = g.Polyline([P(0, 0), P(1, 1), P(2, 0), P(3, 1)])
+falling = g.Polyline([P(0, 1), P(1, 0), P(2, 1), P(3, 0)])
 
 
 def raises(call, *args):
@@ -37,6 +39,9 @@ GROUPS = {
                                 p.vector_to(q))),
     "intersections": (1.0, lambda: (g.calculate_intersection_bounded_lines(a, b), a.find_overlap(a),
                                     g.point_is_on_bounded_line((1, 1), a), a.collinear((3, 3)))),
+    "polylines": (0.3, lambda: (g.Polyline.get_lowest_or_highest_profile_x(rising, falling, True),
+                                rising.split(P(0.5, 0.5)), rising.find_overlaps(rising), rising.get_polyline_between(p, P(3, 1)),
+                                raises(rising.combine_with, falling), raises(rising.split, P(5, 5)))),
     "assembly merging": (0.1, lambda: g.get_vertices_faces(grid)),
     "GLB export": (0.005, lambda: g._GLTF.to_gltf(tile)),
     "error paths": (1.0, lambda: (raises(V(0, 0, 0).normalize), raises(L, p, p), raises(P, 1),

@@ -123,8 +123,8 @@ Polylines::Hit Polylines::hit(const Node& q, const Node& a, const Node& b) const
   return Hit::at_end;
 }
 
-Polylines::Hit Polylines::hit_in(const Chain& c, const PairIndex&, std::pair<std::size_t, std::size_t> range,
-                                 std::size_t pair, const Node& q) const {
+Polylines::Hit Polylines::hit_in(const Chain& c, std::pair<std::size_t, std::size_t> range, std::size_t pair,
+                                 const Node& q) const {
   if (pair < range.first || pair >= range.second) return Hit::none;
   return hit(q, c[pair], c[pair + 1]);
 }
@@ -144,7 +144,7 @@ std::pair<Chain, Chain> Polylines::split(const Chain& c, const PairIndex& index,
   bool found = false;
   for (std::size_t i = 0; i + 1 < c.size(); ++i) {
     if (i == 0) before.push_back(c[0]);
-    const Hit h = hit_in(c, index, range, i, q);
+    const Hit h = hit_in(c, range, i, q);
     if (h == Hit::skip) continue;
     if (h == Hit::interior) {
       before.push_back(q);
@@ -173,7 +173,7 @@ Chain Polylines::polyline_between(const Chain& c, const PairIndex& index, const 
   };
   std::size_t pair = start_range.first;
   for (; pair < start_range.second; ++pair) {
-    const Hit h = hit_in(c, index, start_range, pair, start);
+    const Hit h = hit_in(c, start_range, pair, start);
     if (h == Hit::interior || h == Hit::at_start) break;
   }
   if (pair >= start_range.second) return {};  // nothing after the start: the second split raises
@@ -184,7 +184,7 @@ Chain Polylines::polyline_between(const Chain& c, const PairIndex& index, const 
     while (head == count) {
       if (pair + 1 >= c.size()) return false;
       head = count = 0;
-      const Hit h = hit_in(c, index, start_range, pair, start);
+      const Hit h = hit_in(c, start_range, pair, start);
       if (h != Hit::skip) {
         if (h == Hit::interior || h == Hit::at_start) queued[count++] = {start, inserted};
         queued[count++] = {c[pair + 1], pair + 1};
@@ -220,7 +220,7 @@ Chain Polylines::polyline_between(const Chain& c, const PairIndex& index, const 
     }
     if (!next(current)) break;
     const bool own_pair = previous.at != inserted && current.at == previous.at + 1;
-    const Hit h = own_pair ? hit_in(c, index, end_range, previous.at, end) : hit(end, previous.node, current.node);
+    const Hit h = own_pair ? hit_in(c, end_range, previous.at, end) : hit(end, previous.node, current.node);
     if (h != Hit::none && !equal(previous.node, current.node)) on = true;
     if (h != Hit::skip) {
       if (h == Hit::interior) before.push_back(end);
@@ -235,14 +235,16 @@ Chain Polylines::polyline_between(const Chain& c, const PairIndex& index, const 
   return Chain(before.begin() + 1, before.end() - 1);
 }
 
-Chain Polylines::intersections_with_x_location(const Chain& c, double x) {
+Chain Polylines::intersections_with_x_location(const Chain& c, double x, const PairIndex* index) {
   const Segment x_line{{x, 0.0, 0.0}, {x, 1.0, 0.0}};
   if (coincide(x_line.start, x_line.end, t_.module)) throw StepsRaise{};
   Chain found;
   auto add = [&](const Node& n) {
     if (found.empty() || !equal(n, found.back())) found.push_back(n);
   };
-  for (std::size_t i = 0; i + 1 < c.size(); ++i) {
+  // A pair gives a point only near its x extent, by the tolerances: within its box.
+  const auto [first, last] = index ? index->range(x) : std::pair<std::size_t, std::size_t>{0, c.size() - !c.empty()};
+  for (std::size_t i = first; i < last && i + 1 < c.size(); ++i) {
     if (equal(c[i], c[i + 1])) continue;
     if (const auto p = intersection_bounded_line_extended_line(segment(c, i), x_line, true, t_)) {
       add(make(*p));
@@ -405,9 +407,10 @@ Chain Polylines::combine_with(Chain self, const Chain& other, std::size_t own_fr
 }
 
 bool Polylines::second_is_lowest_or_highest(const Chain& p1, const Chain& p2, bool lowest) {
+  const PairIndex index_1(p1, t_), index_2(p2, t_);
   // Whether `point` lies lower (or higher) than `other` at its x: yes, no, or no answer.
   auto compare = [&](const Node& point, const Chain& other) -> int {
-    const Chain at = intersections_with_x_location(other, point.at.x);
+    const Chain at = intersections_with_x_location(other, point.at.x, &other == &p1 ? &index_1 : &index_2);
     if (at.empty()) throw StepsRaise{};
     const double y = point.at.y, other_y = at.front().at.y;
     if (isclose(y, other_y, t_.abs)) return 0;

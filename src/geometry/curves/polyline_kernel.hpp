@@ -53,6 +53,8 @@ class PairIndex {
   bool usable_;
 };
 
+// The Polyline members of the same names, on chains, with one tolerance reading for the
+// whole call. The index of a chain saves the walks over pairs that cannot hold a point.
 class Polylines {
  public:
   explicit Polylines(const Tolerances& t) : t_(t) {}
@@ -66,7 +68,7 @@ class Polylines {
   std::pair<Chain, Chain> split(const Chain& c, const PairIndex& index, const Node& q) const;
   Chain polyline_between(const Chain& c, const PairIndex& index, const Node& start, const Node& end,
                          bool inclusive) const;
-  Chain intersections_with_x_location(const Chain& c, double x);
+  Chain intersections_with_x_location(const Chain& c, double x, const PairIndex* index = nullptr);
   Chain intersections_with_polyline(const Chain& self, const Chain& other);
   // `own_from`: the first own pair that can share anything with `other` (0 when unknown).
   std::vector<Chain> find_overlaps(const Chain& self, const Chain& other, std::size_t own_from = 0);
@@ -78,10 +80,12 @@ class Polylines {
   bool second_is_lowest_or_highest(const Chain& p1, const Chain& p2, bool lowest);
 
  private:
+  // How split sees a pair for a point: not on it; on both ends (the pair adds nothing);
+  // inside it; at its start; at its end.
   enum class Hit { none, skip, interior, at_start, at_end };
   Hit hit(const Node& q, const Node& a, const Node& b) const;
-  Hit hit_in(const Chain& c, const PairIndex& index, std::pair<std::size_t, std::size_t> range, std::size_t pair,
-             const Node& q) const;
+  // hit() for pairs in `range`, the pairs an index gives for q; none for the others.
+  Hit hit_in(const Chain& c, std::pair<std::size_t, std::size_t> range, std::size_t pair, const Node& q) const;
 
   Tolerances t_;
   std::int64_t next_ = 0;
