@@ -27,6 +27,8 @@ obj_text = g.File.from_data("v 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 1 0\ng a\nusemtl red
 bad_obj_text = g.File.from_data("v 0 0 0\nf 1 2 x\n")
 mtl_text = g.File.from_data("newmtl red\nKd 1 0.5 0\n")
 l_shape = [P(0, 0), P(2, 0), P(2, 1), P(1, 1), P(1, 2), P(0, 2)]
+rising = g.Polyline([P(0, 0), P(1, 1), P(2, 0), P(3, 1)])
+falling = g.Polyline([P(0, 1), P(1, 0), P(2, 1), P(3, 0)])
 
 
 def raises(call, *args):
@@ -43,6 +45,9 @@ GROUPS = {
                                 p.vector_to(q))),
     "intersections": (1.0, lambda: (g.calculate_intersection_bounded_lines(a, b), a.find_overlap(a),
                                     g.point_is_on_bounded_line((1, 1), a), a.collinear((3, 3)))),
+    "polylines": (0.3, lambda: (g.Polyline.get_lowest_or_highest_profile_x(rising, falling, True),
+                                rising.split(P(0.5, 0.5)), rising.find_overlaps(rising), rising.get_polyline_between(p, P(3, 1)),
+                                raises(rising.combine_with, falling), raises(rising.split, P(5, 5)))),
     "assembly merging": (0.1, lambda: g.get_vertices_faces(grid)),
     "GLB export": (0.005, lambda: g._GLTF.to_gltf(tile)),
     "geographic": (1.0, lambda: (g.RDWGSConverter.from_rd_to_wgs((120000.0, 480000)), g.GeoPoint.from_rd((0, 0)),

@@ -22,7 +22,7 @@
   step(colour_text)                   /* hex_to_rgb, rgb_to_hex */                            \
   step(orientation)                   /* circumference_is_clockwise */                        \
   step(add_point) step(get_vertices_faces) step(find_overlap) step(patterns)                  \
-  step(polygon)                       /* Polyline, Cone, Sphere, Torus */                     \
+  step(polygon) step(polyline)        /* Cone, Sphere, Torus */                               \
   step(triangle_assembly) step(current_next)                                                  \
   step(geo_shapes) step(mesh) step(obj_reader) step(mesh_assembly)                            \
   step(grouped_obj_reader) step(mtl_reader)

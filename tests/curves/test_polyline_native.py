@@ -1,0 +1,125 @@
+"""The native paths of Polyline against the documented steps.
+
+Each operation runs three ways on the same inputs: natively (the module's own classes),
+through the documented steps one by one (a subclass with an extra attribute sends every
+member down that path), and in the plain-Python transcription of those steps. All three
+must give the same points, in the same order, with the same objects where the steps pass
+the caller's points through, the same result kinds and the same exceptions.
+"""
+import math
+
+import pytest
+from hypothesis import example, given, settings, strategies as st
+
+from ostrel import geometry
+from ostrel.geometry import Point, Polyline
+
+from polyline_steps import steps_polyline
+
+Steps = steps_polyline(geometry)
+
+
+class StepPolyline(Polyline):
+    marker = True
+
+
+def describe(value, inputs):
+    """Points by the input object they are, or as new points by their coordinates."""
+    if isinstance(value, BaseException):
+        return type(value).__name__, str(value)
+    if isinstance(value, Point):
+        for name, point in inputs:
+            if value is point:
+                return name
+        return "new", type(value).__name__, tuple(repr(c) for c in value)
+    if isinstance(value, (Polyline, Steps)):
+        return "Polyline", [describe(p, inputs) for p in value.points]
+    if isinstance(value, (list, tuple)):
+        return type(value).__name__, [describe(v, inputs) for v in value]
+    return value
+
+
+def run(cls, first, second, at, x, flag):
+    p, q = cls(first), cls(second)
+    inputs = [(f"first[{i}]", o) for i, o in enumerate(first)] + [(f"second[{i}]", o) for i, o in enumerate(second)]
+    inputs.append(("at", at))
+    calls = {
+        "intersections": lambda: p.intersections_with_polyline(q),
+        "at x": lambda: p.intersections_with_x_location(x),
+        "on": lambda: p.point_is_on_polyline(at),
+        "split": lambda: p.split(at),
+        "between": lambda: p.get_polyline_between(at, second[0], flag),
+        "between ends": lambda: p.get_polyline_between(first[-1], at, True),
+        "overlaps": lambda: p.find_overlaps(q),
+        "combine": lambda: p.combine_with(q),
+        "envelope": lambda: cls.get_lowest_or_highest_profile_x(p, q, flag),
+        "part": lambda: cls._find_lowest_or_highest_profile(p, q, flag),
+    }
+    results = {}
+    for name, call in calls.items():
+        try:
+            result = call()
+        except (ValueError, IndexError, OverflowError) as error:
+            result = error
+        if name == "part" and not isinstance(result, BaseException):
+            result = "first" if result is p else "second"
+        results[name] = describe(result, inputs)
+    return results
+
+
+# Coordinates on a coarse grid meet, touch and run along each other often; a few are off
+# by less than the tolerance.
+value = st.one_of(st.integers(-3, 3).map(float), st.sampled_from([0.5, 1.5, 1 + 1e-12, 1e-10, -2.5]))
+point = st.builds(Point, value, value, st.sampled_from([0.0, 0.0, 0.0, 1.0]))
+points = st.lists(point, min_size=0, max_size=8)
+
+
+@settings(max_examples=400, deadline=None)
+@given(points, points, point, value, st.booleans(), st.sampled_from([(1e-9, 1e-9), (1e-9, 0.0), (0.01, 0.3)]))
+@example([Point(0, 0), Point(1, 1), Point(2, 0)], [Point(0, 1), Point(1, 0), Point(2, 1)], Point(0.5, 0.5), 1.0,
+         True, (1e-9, 1e-9))
+def test_native_paths_take_the_documented_steps(first, second, at, x, flag, tolerance):
+    with pytest.MonkeyPatch.context() as patch:
+        patch.setattr(geometry, "ISCLOSE_RTOL", tolerance[0])
+        patch.setattr(geometry, "ISCLOSE_ATOL", tolerance[1])
+        native = run(Polyline, first, second, at, x, flag)
+        assert run(Steps, first, second, at, x, flag) == native
+        generic = run(StepPolyline, first, second, at, x, flag)
+        # The envelope of a subclass is built with cls([]); everything else is the same.
+        assert {k: v for k, v in generic.items() if k != "envelope"} == \
+               {k: v for k, v in native.items() if k != "envelope"}
+
+
+@st.composite
+def crossing_profiles(draw):
+    n = draw(st.integers(2, 40))
+    xs = sorted(draw(st.lists(st.integers(0, 60), min_size=n, max_size=n)))
+    first = [Point(x / 4, draw(st.integers(-4, 4)) / 2) for x in xs]
+    m = draw(st.integers(2, 40))
+    xs = sorted(draw(st.lists(st.integers(0, 60), min_size=m, max_size=m)))
+    second = [Point(x / 4, draw(st.integers(-4, 4)) / 2) for x in xs]
+    return first, second
+
+
+@settings(max_examples=150, deadline=None)
+@given(crossing_profiles(), st.booleans())
+def test_envelopes_of_long_profiles_take_the_documented_steps(profiles, lowest):
+    first, second = profiles
+    inputs = [(f"first[{i}]", o) for i, o in enumerate(first)] + [(f"second[{i}]", o) for i, o in enumerate(second)]
+
+    def envelope(cls):
+        try:
+            return describe(cls.get_lowest_or_highest_profile_x(cls(first), cls(second), lowest), inputs)
+        except (ValueError, IndexError) as error:
+            return describe(error, inputs)
+
+    assert envelope(Polyline) == envelope(Steps)
+
+
+def test_points_the_kernel_cannot_take_go_down_the_documented_steps():
+    huge = Polyline([Point(0, 0), Point(1e200, 1e200)])
+    with pytest.raises(OverflowError):
+        huge.split(Point(1e100, 1e100))
+    odd = Polyline([Point(0, 0), Point(math.nan, 1), Point(2, 2)])
+    assert odd.intersections_with_polyline(Polyline([Point(0, 2), Point(2, 0)])) == \
+        Steps(odd.points).intersections_with_polyline(Steps([Point(0, 2), Point(2, 0)]))
