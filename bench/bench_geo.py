@@ -3,7 +3,9 @@ Python and against pyproj (EPSG:28992 to EPSG:4326 and back, one reused Transfor
 measures how far the series lies from pyproj over a 1 km grid covering the Netherlands.
 Run by hand: python bench/bench_geo.py"""
 import math
+import pathlib
 import random
+import sys
 import time
 import warnings
 
@@ -11,45 +13,8 @@ import pyproj
 
 from ostrel.geometry import RDWGSConverter
 
-LATITUDE = [(0, 1, 3235.65389), (2, 0, -32.58297), (0, 2, -0.2475), (2, 1, -0.84978), (0, 3, -0.0655),
-            (2, 2, -0.01709), (1, 0, -0.00738), (4, 0, 0.0053), (2, 3, -0.00039), (4, 1, 0.00033), (1, 1, -0.00012)]
-LONGITUDE = [(1, 0, 5260.52916), (1, 1, 105.94684), (1, 2, 2.45656), (3, 0, -0.81885), (1, 3, 0.05594),
-             (3, 1, -0.05607), (0, 1, 0.01199), (3, 2, -0.00256), (1, 4, 0.00128), (0, 2, 0.00022),
-             (2, 0, -0.00022), (5, 0, 0.00026)]
-RD_X = [(0, 1, 190094.945), (1, 1, -11832.228), (2, 1, -114.221), (0, 3, -32.391), (1, 0, -0.705), (3, 1, -2.34),
-        (1, 3, -0.608), (0, 2, -0.008), (2, 3, 0.148)]
-RD_Y = [(1, 0, 309056.544), (0, 2, 3638.893), (2, 0, 73.077), (1, 2, -157.984), (3, 0, 59.788), (0, 1, 0.433),
-        (2, 2, -6.439), (1, 1, -0.032), (0, 4, 0.092), (1, 4, -0.054)]
-
-
-def py_rd_to_wgs(coords):
-    """The documented steps in plain Python."""
-    if coords[0] < -7000 or coords[0] > 300000:
-        warnings.warn("The given x-coordinate lies outside of the RD coordinate system bounds.")
-    if coords[1] < 289000 or coords[1] > 629000:
-        warnings.warn("The given y-coordinate lies outside of the RD coordinate system bounds.")
-    dx, dy = 1e-5 * (coords[0] - 155000), 1e-5 * (coords[1] - 463000)
-    phi = lam = 0.0
-    for p, q, c in LATITUDE:
-        phi = phi + c * dx ** p * dy ** q
-    for p, q, c in LONGITUDE:
-        lam = lam + c * dx ** p * dy ** q
-    return [52.1551744 + phi / 3600.0, 5.38720621 + lam / 3600.0]
-
-
-def py_wgs_to_rd(coords):
-    if coords[0] < 50.56846369435836 or coords[0] > 53.627020058901856:
-        warnings.warn("The given latitude lies outside of the RD coordinate system bounds.")
-    if coords[1] < 3.100559333335453 or coords[1] > 7.578928993560541:
-        warnings.warn("The given longitude lies outside of the RD coordinate system bounds.")
-    dphi, dlam = 0.36 * (coords[0] - 52.1551744), 0.36 * (coords[1] - 5.38720621)
-    x = y = 0.0
-    for p, q, c in RD_X:
-        x += c * dphi ** p * dlam ** q
-    for p, q, c in RD_Y:
-        y += c * dphi ** p * dlam ** q
-    return [x + 155000, y + 463000]
-
+sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "tests"))
+from rd_wgs_steps import rd_to_wgs, wgs_to_rd  # noqa: E402
 
 def best_time(convert, points, repeat=5):
     best = math.inf
@@ -71,10 +36,10 @@ def main():
 
     rows = [
         ("RD to WGS", [("ostrel", RDWGSConverter.from_rd_to_wgs, rd_points),
-                       ("plain Python", py_rd_to_wgs, rd_points),
+                       ("plain Python", rd_to_wgs, rd_points),
                        ("pyproj", lambda p: to_wgs.transform(p[0], p[1]), rd_points)]),
         ("WGS to RD", [("ostrel", RDWGSConverter.from_wgs_to_rd, wgs_points),
-                       ("plain Python", py_wgs_to_rd, wgs_points),
+                       ("plain Python", wgs_to_rd, wgs_points),
                        ("pyproj", lambda p: to_rd.transform(p[0], p[1]), wgs_points)]),
     ]
     print("100,000 points, one call per point\n")
