@@ -5,6 +5,7 @@ Run by hand: python bench/bench_obj.py [largest number of faces]"""
 import gc
 import io
 import math
+import pathlib
 import sys
 import time
 import tracemalloc
@@ -12,22 +13,13 @@ import tracemalloc
 from ostrel import geometry
 from ostrel._vendor import trimesh
 
+sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "tests"))
+from obj_steps import plain_parse  # noqa: E402
+
 
 def py_vertices_and_faces(file):
     """The documented steps of the reader, in plain Python."""
-    vertices, faces = [], []
-    for line in file.readlines():
-        split = line.split()
-        if not split:
-            continue
-        if split[0] == "v":
-            vertices.append([float(split[1]), float(split[2]), float(split[3])])
-        elif split[0] == "f":
-            corners = split[1:]
-            for i in range(1, len(corners) - 1):
-                faces.append([int(corners[0].split("/")[0]) - 1, int(corners[i].split("/")[0]) - 1,
-                              int(corners[i + 1].split("/")[0]) - 1])
-    return vertices, faces
+    return plain_parse(file.readlines())
 
 
 def trimesh_loader(file):

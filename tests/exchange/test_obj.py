@@ -4,6 +4,7 @@ import gc
 import pytest
 from hypothesis import given, strategies as st
 
+from obj_steps import plain_parse
 from ostrel.core import File
 from ostrel.geometry import (_parse_obj_material_library, _parse_vertices_and_faces_from_obj,
                              _parse_vertices_and_grouped_faces_from_obj)
@@ -140,23 +141,6 @@ def test_material_library_edges(source, expected):
     else:
         with pytest.raises(expected):
             _parse_obj_material_library(text(source))
-
-
-def plain_parse(lines):
-    """The documented steps of the plain reader, in Python."""
-    vertices, faces = [], []
-    for line in lines:
-        split = line.split()
-        if not split:
-            continue
-        if split[0] == "v":
-            vertices.append([float(split[1]), float(split[2]), float(split[3])])
-        elif split[0] == "f":
-            corners = split[1:]
-            for i in range(1, len(corners) - 1):
-                faces.append([int(corners[0].split("/")[0]) - 1, int(corners[i].split("/")[0]) - 1,
-                              int(corners[i + 1].split("/")[0]) - 1])
-    return vertices, faces
 
 
 def outcome(parse, lines):
