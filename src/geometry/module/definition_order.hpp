@@ -8,7 +8,7 @@
 #define OSTREL_DEFINITION_ORDER(step)                                                          \
   step(visualisation_error) step(vector) step(gltf) step(material) step(transformable_object) \
   step(group) step(point) step(line)                                                          \
-  step(line_intersections)            /* Revolve, LineRevolve, Arc, ArcRevolve */             \
+  step(line_intersections) step(revolve) step(arc) step(arc_revolve)                           \
   step(triangle)                      /* CartesianAxes */                                     \
   step(rd_wgs_converter)                                                                      \
   step(coordinate_conversions)                                                                \
