@@ -1,5 +1,6 @@
 # Type stub of the compiled module ostrel.geometry, for IDEs and type checkers.
 import logging
+import math
 import uuid
 from abc import ABC, abstractmethod
 from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, TextIO, Tuple, TypeVar, Union
@@ -302,6 +303,9 @@ class Triangle:
     def moment_of_inertia(self) -> Tuple[float, float]: ...
     def __repr__(self) -> str: ...
 
+class CartesianAxes(Group):
+    def __init__(self, origin: Point = Point(0, 0, 0), axis_length: float = 1, axis_diameter: float = 0.05) -> None: ...
+
 class RDWGSConverter:
     X0: int
     Y0: int
@@ -347,6 +351,49 @@ class Extrusion(Group):
     def _name(self) -> str: ...
     def _generate_transformation_matrix(self) -> np.ndarray: ...
     def _create_visualisation_elements(self) -> Tuple[Polygon, TriangleAssembly, Polygon]: ...
+
+class ArcExtrusion(Group):
+    _profile: List[Point]
+    _arc: Arc
+    _profile_rotation: float
+    def __init__(
+        self,
+        profile: List[Point],
+        arc: Arc,
+        profile_rotation: float = 0.0,
+        n_segments: int = 50,
+        *,
+        material: Optional[Material] = None,
+    ) -> None: ...
+    @property
+    def children(self) -> List[TransformableObject]: ...
+    @property
+    def _name(self) -> str: ...
+    def _construct_segments(self, n_segments: int, material: Optional[Material] = None) -> List[Extrusion]: ...
+
+class CircularExtrusion(TransformableObject):
+    material: Material
+    _line: Line
+    _diameter: float
+    _open_ends: bool
+    def __init__(
+        self, diameter: float, line: Line, *, open_ends: bool = False, material: Optional[Material] = None
+    ) -> None: ...
+    @property
+    def line(self) -> Line: ...
+    @property
+    def length(self) -> float: ...
+    @property
+    def diameter(self) -> float: ...
+    @property
+    def radius(self) -> float: ...
+    @property
+    def cross_sectional_area(self) -> float: ...
+    @property
+    def _name(self) -> str: ...
+    def _generate_transformation_matrix(self) -> None: ...
+    def _construct_circular_extrusion(self) -> Dict[str, LineRevolve]: ...
+    def _to_trimesh(self) -> trimesh.Scene: ...
 
 class RectangularExtrusion(Extrusion):
     _width: float
@@ -471,6 +518,74 @@ class Polygon(TransformableObject):
     def extrude(
         self, line: Line, *, profile_rotation: float = 0, material: Optional[Material] = None
     ) -> Extrusion: ...
+
+class Cone(TransformableObject):
+    material: Material
+    _diameter: float
+    _height: float
+    _origin: Point
+    _orientation: Vector
+    def __init__(
+        self,
+        diameter: float,
+        height: float,
+        *,
+        origin: Optional[Point] = None,
+        orientation: Optional[Vector] = None,
+        material: Optional[Material] = None,
+    ) -> None: ...
+    @classmethod
+    def from_line(cls, diameter: float, line: Line, *, material: Optional[Material] = None) -> Cone: ...
+    @property
+    def _name(self) -> str: ...
+    def _create_cone(self) -> Dict[str, LineRevolve]: ...
+    def _to_trimesh(self) -> trimesh.Scene: ...
+
+class Sphere(TransformableObject):
+    centre_point: Point
+    radius: float
+    width_segments: float
+    height_segments: float
+    material: Material
+    def __init__(
+        self,
+        centre_point: Point,
+        radius: float,
+        width_segments: float = 30.0,
+        height_segments: float = 30.0,
+        material: Optional[Material] = None,
+    ) -> None: ...
+    def diameter(self) -> float: ...
+    def circumference(self) -> float: ...
+    def surface_area(self) -> float: ...
+    def volume(self) -> float: ...
+    @property
+    def _name(self) -> str: ...
+    def _to_trimesh(self) -> trimesh.Trimesh: ...
+
+class Torus(Group):
+    _radius_cross_section: float
+    _radius_rotation_axis: float
+    _rotation_angle: float
+    def __init__(
+        self,
+        radius_cross_section: float,
+        radius_rotation_axis: float,
+        rotation_angle: float = 2 * math.pi,
+        *,
+        material: Optional[Material] = None,
+    ) -> None: ...
+    @property
+    def children(self) -> List[TransformableObject]: ...
+    @property
+    def inner_volume(self) -> float: ...
+    @property
+    def material(self) -> Material: ...
+    @material.setter
+    def material(self, value: Material) -> None: ...
+    @property
+    def _name(self) -> str: ...
+    def _construct_torus(self) -> List[ArcRevolve]: ...
 
 class TriangleAssembly(TransformableObject):
     _triangles: List[Triangle]
