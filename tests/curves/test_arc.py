@@ -104,3 +104,49 @@ def test_revolve_checks_the_y_axis_for_short_arcs_only():
     arc = Arc(Point(2, 0), Point(3, 0), Point(2, 1))
     revolved = arc.revolve(rotation_angle=1.5, extra=1)
     assert revolved.arc is arc and revolved._rotation_angle == 1.5
+
+
+def test_native_paths_step_aside_for_replaced_globals_and_points(monkeypatch):
+    from ostrel import geometry
+    arc = Arc(Point(1, 1), Point(3, 1), Point(1, 3))
+    expected = [tuple(p) for p in arc.discretize(5)]
+    calls = []
+    original = geometry.spherical_to_cartesian
+    monkeypatch.setattr(geometry, "spherical_to_cartesian", lambda c: calls.append(1) or original(c))
+    assert [tuple(p) for p in arc.discretize(5)] == expected and len(calls) == 5
+    monkeypatch.undo()
+
+    class Shifted(Point):
+        """A point whose coordinates the module must read through its properties."""
+        @property
+        def x(self):
+            return self._x + 1
+
+    # The radius and the discretisation read coordinates by index, the angles through x and y.
+    shifted = Arc(Point(1, 1), Shifted(2, 1), Point(1, 2))
+    plain = Marked(Point(1, 1), Point(2, 1), Point(1, 2))
+    assert shifted.theta1_theta2 == (PI / 2, 0.0) and shifted.radius == 1.0
+    assert [tuple(p) for p in shifted.discretize(5)] == [tuple(p) for p in plain.discretize(5)]
+
+
+def test_short_arc_is_read_by_truth_at_each_use():
+    class Flag:
+        def __init__(self):
+            self.value = True
+
+        def __bool__(self):
+            if self.value is None:
+                raise RuntimeError("no truth")
+            return self.value
+
+    flag = Flag()
+    arc = Arc(O, Point(1, 0), Point(0, 1), flag)
+    assert arc.angle == PI / 2 and arc.short_arc is flag
+    flag.value = False
+    assert arc.angle == 3 * PI / 2 and len(arc.discretize(3)) == 3
+    flag.value = None
+    for member in (lambda: arc.angle, lambda: arc.discretize(3), arc.revolve):
+        with pytest.raises(RuntimeError, match="no truth"):
+            member()
+    with pytest.raises(TypeError):
+        Arc(O, Point(1, 0), Point(0, 1)).discretize(3.0)  # the count reaches numpy unconverted

@@ -251,3 +251,52 @@ def test_glb_of_one_of_each_solid_reads_back():
 
     scene = trimesh.load(io.BytesIO(glb), file_type="glb")
     assert sum(len(g.faces) for g in scene.geometry.values()) == sum(f for _, _, f in found)
+
+
+def test_class_tree_names_and_definition_order():
+    from abc import ABCMeta
+
+    from ostrel import geometry
+    from ostrel.geometry import TransformableObject
+    table = {Revolve: ((TransformableObject, geometry.ABC), "revolve"), LineRevolve: ((Revolve,), "line-revolve"),
+             ArcRevolve: ((Revolve,), "arc-revolve"), CartesianAxes: ((Group,), "group"),
+             ArcExtrusion: ((Group,), "arc-extrusion"), CircularExtrusion: ((TransformableObject,), "circular-extrusion"),
+             Cone: ((TransformableObject,), "cone"), Sphere: ((TransformableObject,), "sphere"), Torus: ((Group,), "torus")}
+    for cls, (bases, name) in table.items():
+        assert cls.__bases__ == bases and type(cls) is ABCMeta and cls.__module__ == "ostrel.geometry"
+        assert cls._name.fget(None) == name
+    assert Arc.__bases__ == (object,) and type(Arc) is type
+    names = list(vars(geometry))
+    order = ["Line", "calculate_intersection_bounded_lines", "Revolve", "LineRevolve", "Arc", "ArcRevolve", "Triangle",
+             "CartesianAxes", "RDWGSConverter", "Extrusion", "ArcExtrusion", "CircularExtrusion",
+             "RectangularExtrusion", "Polygon", "Cone", "Sphere", "Torus", "TriangleAssembly"]
+    assert [names.index(n) for n in order] == sorted(names.index(n) for n in order)
+    # Defaults made once, at definition.
+    origin, = CartesianAxes.__init__.__defaults__[:1]
+    assert type(origin) is Point and tuple(origin) == (0.0, 0.0, 0.0)
+    assert Torus.__init__.__defaults__ == (2 * PI,)
+
+
+class Wedge(Revolve):
+    """A revolve of the module's abstract base with a profile of its own."""
+
+    surface_area = property(lambda self: 1.0)
+    inner_volume = property(lambda self: 2.0)
+    _trimesh_linestring = property(lambda self: [(1, 0), (2, 0), (2, 1)])
+
+
+class Falsy(Material):
+    def __bool__(self):
+        return False
+
+
+def test_revolve_base_for_subclasses():
+    wedge = Wedge("ignored", 3, rotation_angle=PI, material=Falsy("mine"), anything=True)
+    assert wedge._rotation_angle == PI and wedge.material.name == "default-material" and wedge._name == "revolve"
+    made = trimesh.creation.revolve([(1, 0), (2, 0), (2, 1)], angle=PI, sections=60)
+    assert len(wedge._to_trimesh().faces) == len(made.faces) - 1
+    assert Wedge(rotation_angle=0)._rotation_angle == 0
+    full = Wedge(rotation_angle=2 * PI * (1 + 1e-12))._to_trimesh()  # within plain isclose of a full turn
+    assert len(full.faces) == len(trimesh.creation.revolve([(1, 0), (2, 0), (2, 1)], sections=60).faces)
+    with pytest.raises(NotImplementedError):
+        Revolve.surface_area.fget(wedge)

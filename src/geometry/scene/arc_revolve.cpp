@@ -5,6 +5,7 @@
 #include <numbers>
 
 #include "curves/arc.hpp"
+#include "foundations/vector.hpp"
 #include "module/class_builder.hpp"
 #include "module/globals.hpp"
 #include "module/objects.hpp"
@@ -15,7 +16,8 @@ namespace ostrel {
 namespace {
 
 ClassGuard guard{"ArcRevolve"};
-Natives natives{{}, {&guard}, {&arc_discretize_natives()}};
+// The radius is Vector.magnitude of centre_point.vector_to(start_point).
+Natives natives{{}, {&guard, &vector_class()}, {&arc_discretize_natives()}};
 constexpr double pi = std::numbers::pi;
 
 enum class Init { self, arc, args, rotation_angle, material, kwargs };
