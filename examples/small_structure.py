@@ -1,5 +1,5 @@
 """A small structure in one GLB file: a concrete column, a steel beam on top of it, a round steel
-bar as a brace, a cone marking the top of the column and the axes at the origin. Writes
+bar as a brace, a cone standing on the far end of the beam and the axes. Writes
 small_structure.glb; y is up, as glTF viewers expect."""
 import sys
 
