@@ -270,10 +270,14 @@ Ref discretize(const Args& a) {
   if (compares(num, two.get(), Py_LT)) raise(PyExc_ValueError, "Provides at least two points (start and end)");
   HeldArc held;
   if (PyLong_CheckExact(num) && discretize_natives.hold() && hold_arc(self, held)) {
+    // Larger counts take the documented steps, whose NumPy allocation reports its own
+    // MemoryError where the count is more than memory holds.
+    constexpr Py_ssize_t native_limit = Py_ssize_t{1} << 20;
     const Py_ssize_t n = PyLong_AsSsize_t(num);
-    if (n == -1) PyErr_Clear();  // larger than any list: the documented steps fail on their own
+    if (n == -1) PyErr_Clear();
     std::vector<Vec3> coordinates;
-    if (n >= 2 && kernel::discretize_arc(held.points, held.short_arc, static_cast<size_t>(n), coordinates)) {
+    if (n >= 2 && n <= native_limit &&
+        kernel::discretize_arc(held.points, held.short_arc, static_cast<size_t>(n), coordinates)) {
       Ref points = check(PyList_New(n));
       for (Py_ssize_t i = 0; i < n; ++i) PyList_SET_ITEM(points.get(), i, make_point(coordinates[i]).release());
       return points;
