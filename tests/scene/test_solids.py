@@ -300,3 +300,12 @@ def test_revolve_base_for_subclasses():
     assert len(full.faces) == len(trimesh.creation.revolve([(1, 0), (2, 0), (2, 1)], sections=60).faces)
     with pytest.raises(NotImplementedError):
         Revolve.surface_area.fget(wedge)
+
+
+def test_linestring_meets_a_replaced_pair_walker(monkeypatch):
+    from ostrel import geometry
+    revolve = ArcRevolve(Arc(Point(3, 0), Point(4, 0), Point(3, 1)))
+    expected, walked = revolve._trimesh_linestring, []
+    original = geometry._current_next
+    monkeypatch.setattr(geometry, "_current_next", lambda ring: walked.append(len(ring)) or original(ring))
+    assert revolve._trimesh_linestring == expected and walked == [21]
