@@ -29,6 +29,8 @@ mtl_text = g.File.from_data("newmtl red\nKd 1 0.5 0\n")
 l_shape = [P(0, 0), P(2, 0), P(2, 1), P(1, 1), P(1, 2), P(0, 2)]
 rising = g.Polyline([P(0, 0), P(1, 1), P(2, 0), P(3, 1)])
 falling = g.Polyline([P(0, 1), P(1, 0), P(2, 1), P(3, 0)])
+arc, dot = g.Arc(P(0, 0), P(2, 0), P(0, 2)), g.Arc(p, p, p)
+dome = g.ArcRevolve(g.Arc(P(3, 1), P(3, 3), P(5, 1)))
 
 
 def raises(call, *args):
@@ -55,6 +57,11 @@ GROUPS = {
     "polygons": (0.1, lambda: (lambda s: (s.cross_sectional_area, s.centroid, s.moment_of_inertia, s._triangles(),
                                           raises(g.Polygon, l_shape[:2])))(g.Polygon(l_shape))),
     "extrusions": (0.01, lambda: g.SquareBeam(1, 2, 3).material),
+    "arcs and revolves": (0.3, lambda: (arc.discretize(20), arc.angle, arc.theta1_theta2, dome.inner_volume,
+                                         dome._trimesh_linestring, dot.discretize(3), raises(arc.discretize, 1),
+                                         raises(g.Arc(P(0, 0), P(1, 0), P(-1, 0)).revolve),
+                                         g.Line(p, P(1, 1)).revolve().surface_area)),
+    "solids": (0.02, lambda: g._GLTF.to_gltf(g.Cone(1, 2), g.CircularExtrusion(0.1, a), g.Torus(0.2, 1))),
     "OBJ and MTL": (0.05, lambda: (g._MeshAssembly.from_obj(obj_text, mtl_text),
                                    raises(g._parse_vertices_and_faces_from_obj, bad_obj_text))),
     "error paths": (1.0, lambda: (raises(V(0, 0, 0).normalize), raises(L, p, p), raises(P, 1),

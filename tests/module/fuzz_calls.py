@@ -49,7 +49,12 @@ KNOWN = {"Point": lambda: (1.0, 2.0, 3.0), "Vector": lambda: (1.0, -2.0, 0.5), "
          "LinearPattern": lambda: (assembly(), [1, 0, 0], 2, 1.5),
          "BidirectionalPattern": lambda: (assembly(), [1, 0, 0], [0, 1, 0], 2, 2, 1.0, 1.0),
          "Extrusion": lambda: ([P(), P(0, 1), P(1, 1), P(1, 0), P()], g.Line(P(), P(0, 0, 2))),
-         "RectangularExtrusion": lambda: (1.0, 2.0, g.Line(P(), P(3, 0, 0))), "SquareBeam": lambda: (1.0, 2.0, 3.0)}
+         "RectangularExtrusion": lambda: (1.0, 2.0, g.Line(P(), P(3, 0, 0))), "SquareBeam": lambda: (1.0, 2.0, 3.0),
+         "Arc": lambda: (P(2), P(3), P(2, 1)), "LineRevolve": lambda: (g.Line(P(1), P(2, 3)),),
+         "ArcRevolve": lambda: (g.Arc(P(2), P(2, 1), P(3)),),
+         "ArcExtrusion": lambda: ([P(), P(0, 1), P(1, 1), P(1, 0), P()], g.Arc(P(), P(2), P(0, 2)), 0.0, 3),
+         "CircularExtrusion": lambda: (0.5, g.Line(P(), P(1, 2, 3))), "Cone": lambda: (1.0, 2.0),
+         "Sphere": lambda: (P(1, 2, 3), 1.0, 8.0, 6.0), "Torus": lambda: (0.5, 2.0), "CartesianAxes": lambda: ()}
 
 VALID = [lambda c: P(1, 2), lambda c: P(-1, 0.5, 3), lambda c: g.Vector(1, 0, 0), lambda c: g.Vector(0, 0, 0),
          lambda c: g.Line(P(), P(3, 4)), lambda c: g.Line(P(0, 1), P(0, 5)), lambda c: g.Triangle(P(), P(1), P(0, 1)),

@@ -121,3 +121,30 @@ def test_collector_copying_objects_during_native_reads():
             line.find_overlap(Line(p, q))
         print("done")
     """) == ["done"]
+
+
+def test_arc_fields_dropped_while_they_are_read():
+    """The arc's own dict loses its fields while the native read looks them up."""
+    out = survives("""
+        from ostrel.geometry import Arc, ArcRevolve, Point
+
+        class Dropping(str):
+            def __hash__(self):
+                return hash("_end_point")
+            def __eq__(self, other):
+                arc.__dict__.clear()
+                return False
+
+        for member in ("discretize", "angle", "theta1_theta2", "inner_volume", "_trimesh_linestring"):
+            arc = Arc(Point(0, 0), Point(1, 0), Point(0, 1))
+            revolve = ArcRevolve(arc)
+            arc.__dict__[Dropping("k")] = 0
+            try:
+                result = arc.discretize(5) if member == "discretize" else getattr(
+                    revolve if member in ("inner_volume", "_trimesh_linestring") else arc, member)
+                print(member, "value")
+            except AttributeError:
+                print(member, "AttributeError")
+    """)
+    assert out == ["discretize", "AttributeError", "angle", "AttributeError", "theta1_theta2", "AttributeError",
+                   "inner_volume", "AttributeError", "_trimesh_linestring", "AttributeError"]

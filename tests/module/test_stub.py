@@ -24,7 +24,9 @@ def stub_parameters(node):
     result += [(a.vararg.arg, P.VAR_POSITIONAL, None)] if a.vararg else []
     result += [(p.arg, P.KEYWORD_ONLY, d) for p, d in zip(a.kwonlyargs, a.kw_defaults)]
     result += [(a.kwarg.arg, P.VAR_KEYWORD, None)] if a.kwarg else []
-    return [(name, kind.name, None if d is None else ast.unparse(d)) for name, kind, d in result]
+    # A default is evaluated in the module's namespace, as the module evaluates its own.
+    return [(name, kind.name, None if d is None else repr(eval(ast.unparse(d), vars(geometry))))
+            for name, kind, d in result]
 
 
 def module_parameters(function):

@@ -402,6 +402,17 @@ constexpr Member find_overlap_member =
            "The part of the xy plane both parallel lines cover: None, a Point for a length of zero,\n"
            "or a Line in the direction of this one, at z = 0.");
 
+enum class Revolve { self, material, kwargs };
+Ref revolve(const Args& a) {
+  Ref keywords = check(PyDict_New());
+  check(PyDict_SetItem(keywords.get(), id<"material">(), a[Revolve::material]));
+  check(PyDict_Update(keywords.get(), a[Revolve::kwargs]));
+  Ref arguments = tuple({a.self()});
+  return check(PyObject_Call(global<"LineRevolve">().get(), arguments.get(), keywords.get()));
+}
+constexpr Member revolve_member = method("revolve", "(*, material: Material = None, **kwargs: Any) -> LineRevolve",
+                                         revolve, "The LineRevolve of this line: its full turn around the y-axis.");
+
 }  // namespace
 
 const ClassGuard& line_class() { return guard; }
@@ -493,7 +504,8 @@ void define_line() {
                 get_line_function_parameters_member,
                 find_overlap_member,
                 check_overlap_sign_x_member,
-                check_overlap_sign_y_member},
+                check_overlap_sign_y_member,
+                revolve_member},
                &guard);
 }
 

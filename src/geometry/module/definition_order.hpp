@@ -8,11 +8,11 @@
 #define OSTREL_DEFINITION_ORDER(step)                                                          \
   step(visualisation_error) step(vector) step(gltf) step(material) step(transformable_object) \
   step(group) step(point) step(line)                                                          \
-  step(line_intersections)            /* Revolve, LineRevolve, Arc, ArcRevolve */             \
-  step(triangle)                      /* CartesianAxes */                                     \
+  step(line_intersections) step(revolve) step(arc) step(arc_revolve)                          \
+  step(triangle) step(cartesian_axes)                                                         \
   step(rd_wgs_converter)                                                                      \
   step(coordinate_conversions)                                                                \
-  step(extrusion)                     /* ArcExtrusion, CircularExtrusion */                   \
+  step(extrusion) step(arc_extrusion) step(circular_extrusion)                                \
   step(rectangular_extrusion) step(square_beam)                                               \
   step(coplanarity)                   /* points_are_coplanar, lines_in_same_plane */          \
   step(point_forms)                   /* calculate_distance_vector, convert_points_for_lathe */ \
@@ -22,7 +22,8 @@
   step(colour_text)                   /* hex_to_rgb, rgb_to_hex */                            \
   step(orientation)                   /* circumference_is_clockwise */                        \
   step(add_point) step(get_vertices_faces) step(find_overlap) step(patterns)                  \
-  step(polygon) step(polyline)        /* Cone, Sphere, Torus */                               \
+  step(polygon) step(polyline)                                                                \
+  step(cone) step(sphere_torus)                                                               \
   step(triangle_assembly) step(current_next)                                                  \
   step(geo_shapes) step(mesh) step(obj_reader) step(mesh_assembly)                            \
   step(grouped_obj_reader) step(mtl_reader)

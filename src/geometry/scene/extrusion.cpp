@@ -5,6 +5,7 @@
 #include "module/class_builder.hpp"
 #include "module/globals.hpp"
 #include "module/objects.hpp"
+#include "scene/hidden_children.hpp"
 
 namespace ostrel {
 
@@ -56,14 +57,8 @@ constexpr Member init_member = method(
     "Build the solid: the profile (closed, clockwise in plan) swept along `line`, turned by\n"
     "`profile_rotation` degrees around it. Profile problems are logged as warnings.");
 
-Ref children(const Args& a) {
-  Ref cls = getattr(a.self(), id<"__class__">());
-  Ref name = getattr(cls.get(), id<"__name__">());
-  PyErr_Format(PyExc_AttributeError, "'%U' has no attribute 'children'", name.get());
-  throw PyError{};
-}
 constexpr Member children_member =
-    property("children", "() -> List[TransformableObject]", children, "Hidden: an extrusion shows no members.");
+    property("children", "() -> List[TransformableObject]", hidden_children, "Hidden: an extrusion shows no members.");
 
 Ref profile(const Args& a) { return getattr(a.self(), id<"_profile">()); }
 constexpr Member profile_member = property("profile", "() -> List[Point]", profile, "The profile as given.");

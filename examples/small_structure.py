@@ -1,0 +1,30 @@
+"""A small structure in one GLB file: a concrete column, a steel beam on top of it, a round steel
+bar as a brace, a cone standing on the far end of the beam and the axes. Writes
+small_structure.glb; y is up, as glTF viewers expect."""
+import sys
+
+from ostrel.core import Color
+from ostrel.geometry import (CartesianAxes, CircularExtrusion, Cone, Line, Material, Point, RectangularExtrusion,
+                             Vector, _GLTF)
+
+
+def main(path="small_structure.glb"):
+    concrete = Material("concrete", 2400, color=Color(190, 190, 185))
+    steel = Material("steel", 7850, color=Color(120, 130, 150))
+    marker = Material("marker", color=Color(230, 120, 20))
+
+    column = RectangularExtrusion(0.4, 0.4, Line(Point(0, 0, 0), Point(0, 3, 0)), material=concrete)
+    beam = RectangularExtrusion(0.2, 0.4, Line(Point(-0.5, 3.2, 0), Point(5, 3.2, 0)), material=steel)
+    brace = CircularExtrusion(0.06, Line(Point(0.2, 1.0, 0), Point(2.5, 3.0, 0)), material=steel)
+    cone = Cone(0.3, 0.5, origin=Point(5, 3.4, 0), orientation=Vector(0, 1, 0), material=marker)
+    axes = CartesianAxes(Point(0, 0, 1), axis_length=1.0, axis_diameter=0.05)
+
+    print(f"column: {column.inner_volume:.2f} m3 of concrete, {column.inner_volume * 2400:.0f} kg")
+    print(f"beam:   {beam.cross_sectional_area * 1e4:.0f} cm2 over {beam.length:.1f} m")
+    print(f"brace:  {brace.length:.2f} m of round bar, {brace.cross_sectional_area * 1e6:.0f} mm2")
+    _GLTF.to_gltf(column, beam, brace, cone, axes).save(path)
+    print("wrote", path)
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])
