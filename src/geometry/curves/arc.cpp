@@ -137,11 +137,6 @@ Ref relative(PyObject* self, PyObject* point_name, PyObject* c) {
   return sub(value.get(), origin.get());
 }
 
-Ref atan2(PyObject* y, PyObject* x) {
-  const double yd = as_double(y);
-  return new_float(std::atan2(yd, as_double(x)));
-}
-
 Ref theta1_theta2(const Args& a) {
   PyObject* self = a.self();
   HeldArc held;

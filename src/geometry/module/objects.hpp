@@ -3,6 +3,7 @@
 // stand for, errors included.
 #pragma once
 
+#include <cmath>
 #include <initializer_list>
 #include <iterator>
 #include <utility>
@@ -81,6 +82,12 @@ inline Ref list(std::initializer_list<PyObject*> items) {
 inline Ref getitem(PyObject* o, Py_ssize_t index) {
   Ref key = new_int(index);
   return check(PyObject_GetItem(o, key.get()));
+}
+
+// math.atan2(y, x): both converted as the host's float() does, y first.
+inline Ref atan2(PyObject* y, PyObject* x) {
+  const double yd = as_double(y);
+  return new_float(std::atan2(yd, as_double(x)));
 }
 
 // `o + [o[0]]`: a sequence closed by its first item, with the host's errors.

@@ -102,11 +102,6 @@ Ref volume_antiderivative(PyObject* t, PyObject* r, PyObject* xc) {
   return add(sum.get(), third.get());
 }
 
-Ref atan2(PyObject* y, PyObject* x) {
-  const double yd = as_double(y);
-  return new_float(std::atan2(yd, as_double(x)));
-}
-
 // The documented steps, on the host's objects.
 Ref inner_volume_steps(PyObject* self) {
   Ref own_arc = getattr(self, id<"_arc">());

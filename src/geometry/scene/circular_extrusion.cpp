@@ -9,6 +9,7 @@
 #include "module/globals.hpp"
 #include "module/objects.hpp"
 #include "scene/default_material.hpp"
+#include "scene/line_placement.hpp"
 #include "scene/piece_name.hpp"
 
 namespace ostrel {
@@ -66,23 +67,6 @@ constexpr Member cross_sectional_area_member =
 Ref circular_extrusion_name(const Args&) { return new_str("circular-extrusion"); }
 constexpr Member name_member = property("_name", "() -> str", circular_extrusion_name, "\"circular-extrusion\"");
 
-Ref axis(long x, long y, long z) {
-  Ref a = new_int(x), b = new_int(y), c = new_int(z);
-  return tuple({a.get(), b.get(), c.get()});
-}
-
-// np.array(tuple(point))
-Ref as_array(PyObject* point) {
-  Ref items = check(PySequence_Tuple(point));
-  Ref array = getattr(global<"np">().get(), id<"array">());
-  return call(array.get(), {items.get()});
-}
-
-Ref math_call(PyObject* name, std::initializer_list<PyObject*> args) {
-  Ref function = getattr(global<"math">().get(), name);
-  return call(function.get(), args);
-}
-
 Ref generate_transformation_matrix(const Args& a) {
   PyObject* self = a.self();
   Ref xax = axis(1, 0, 0), yax = axis(0, 1, 0);
@@ -91,20 +75,13 @@ Ref generate_transformation_matrix(const Args& a) {
   Ref end_array = as_array(end.get());
   Ref start = getattr(axis_line.get(), id<"start_point">());
   Ref start_array = as_array(start.get());
-  Ref target = check(PyNumber_Subtract(end_array.get(), start_array.get()));
-  Ref t[3];
-  unpack(target.get(), 3, t);
-  Ref alpha = math_call(id<"atan2">(), {t[0].get(), t[2].get()});
-  Ref x2 = power(t[0].get(), 2), z2 = power(t[2].get(), 2);
-  Ref xz2 = add(x2.get(), z2.get());
-  Ref length_xz = math_call(id<"sqrt">(), {xz2.get()});
-  Ref beta = math_call(id<"atan2">(), {t[1].get(), length_xz.get()});
+  const Heading h = heading(end_array.get(), start_array.get());
   Ref rotation_matrix = global<"rotation_matrix">();
   // The pieces are revolved around local y: a quarter turn around x brings it onto z.
   Ref quarter = new_float(std::numbers::pi / 2);
   Ref extra_rot = call(rotation_matrix.get(), {quarter.get(), xax.get()});
-  Ref rot0 = call(rotation_matrix.get(), {alpha.get(), yax.get()});
-  Ref minus_beta = neg(beta.get());
+  Ref rot0 = call(rotation_matrix.get(), {h.alpha.get(), yax.get()});
+  Ref minus_beta = neg(h.beta.get());
   Ref rot1 = call(rotation_matrix.get(), {minus_beta.get(), xax.get()});
   Ref partial = check(PyNumber_MatrixMultiply(rot0.get(), rot1.get()));
   Ref transformation = check(PyNumber_MatrixMultiply(partial.get(), extra_rot.get()));
@@ -112,11 +89,7 @@ Ref generate_transformation_matrix(const Args& a) {
   Ref own = getattr(self, id<"_transformation">());
   axis_line = getattr(self, id<"_line">());
   start = getattr(axis_line.get(), id<"start_point">());
-  Ref translation = check(PySequence_Tuple(start.get()));
-  Ref zero = new_int(0), three = new_int(3);
-  Ref rows = check(PySlice_New(zero.get(), three.get(), nullptr));
-  Ref key = tuple({rows.get(), three.get()});
-  check(PyObject_SetItem(own.get(), key.get(), translation.get()));
+  translate_to(own.get(), start.get());
   return none();
 }
 constexpr Member generate_transformation_matrix_member =

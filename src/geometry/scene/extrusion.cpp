@@ -6,6 +6,8 @@
 #include "module/globals.hpp"
 #include "module/objects.hpp"
 #include "scene/hidden_children.hpp"
+#include "scene/line_placement.hpp"
+#include "scene/shared_material.hpp"
 
 namespace ostrel {
 
@@ -63,19 +65,8 @@ constexpr Member children_member =
 Ref profile(const Args& a) { return getattr(a.self(), id<"_profile">()); }
 constexpr Member profile_member = property("profile", "() -> List[Point]", profile, "The profile as given.");
 
-Ref get_material(const Args& a) { return getattr(a.self(), id<"_material">()); }
-enum class SetMaterial { self, value };
-Ref set_material(const Args& a) {
-  PyObject* self = a.self();
-  setattr(self, id<"_material">(), a[SetMaterial::value]);
-  Ref members = getattr(self, id<"_children">());
-  Ref it = check(PyObject_GetIter(members.get()));
-  while (Ref child = Ref::steal(PyIter_Next(it.get()))) setattr(child.get(), id<"material">(), a[SetMaterial::value]);
-  if (PyErr_Occurred()) throw PyError{};
-  return none();
-}
 constexpr Member material_member =
-    property("material", "() -> Material", get_material, "(value: Material) -> None", set_material,
+    property("material", "() -> Material", get_shared_material, "(value: Material) -> None", set_shared_material,
              "The material; setting it reaches both caps and the side wall.");
 
 Ref line(const Args& a) { return getattr(a.self(), id<"_line">()); }
@@ -103,23 +94,6 @@ constexpr Member transformation_member =
 Ref extrusion_name(const Args&) { return new_str("extrusion"); }
 constexpr Member name_member = property("_name", "() -> str", extrusion_name, "\"extrusion\"");
 
-Ref math_call(PyObject* name, std::initializer_list<PyObject*> args) {
-  Ref function = getattr(global<"math">().get(), name);
-  return call(function.get(), args);
-}
-
-// np.array(tuple(point))
-Ref as_array(PyObject* point) {
-  Ref items = check(PySequence_Tuple(point));
-  Ref array = getattr(global<"np">().get(), id<"array">());
-  return call(array.get(), {items.get()});
-}
-
-Ref axis(long x, long y, long z) {
-  Ref a = new_int(x), b = new_int(y), c = new_int(z);
-  return tuple({a.get(), b.get(), c.get()});
-}
-
 Ref generate_transformation_matrix(const Args& a) {
   PyObject* self = a.self();
   Ref xax = axis(1, 0, 0), yax = axis(0, 1, 0), zax = axis(0, 0, 1);
@@ -129,17 +103,10 @@ Ref generate_transformation_matrix(const Args& a) {
   line = getattr(self, id<"line">());
   Ref start = getattr(line.get(), id<"start_point">());
   Ref start_array = as_array(start.get());
-  Ref target = check(PyNumber_Subtract(end_array.get(), start_array.get()));
-  Ref t[3];
-  unpack(target.get(), 3, t);
-  Ref alpha = math_call(id<"atan2">(), {t[0].get(), t[2].get()});
-  Ref x2 = power(t[0].get(), 2), z2 = power(t[2].get(), 2);
-  Ref xz2 = add(x2.get(), z2.get());
-  Ref length_xz = math_call(id<"sqrt">(), {xz2.get()});
-  Ref beta = math_call(id<"atan2">(), {t[1].get(), length_xz.get()});
+  const Heading h = heading(end_array.get(), start_array.get());
   Ref rotation_matrix = global<"rotation_matrix">();
-  Ref rot0 = call(rotation_matrix.get(), {alpha.get(), yax.get()});
-  Ref minus_beta = neg(beta.get());
+  Ref rot0 = call(rotation_matrix.get(), {h.alpha.get(), yax.get()});
+  Ref minus_beta = neg(h.beta.get());
   Ref rot1 = call(rotation_matrix.get(), {minus_beta.get(), xax.get()});
   Ref degrees = getattr(self, id<"_profile_rotation">());
   Ref radians = math_call(id<"radians">(), {degrees.get()});
@@ -148,11 +115,7 @@ Ref generate_transformation_matrix(const Args& a) {
   Ref transformation = check(PyNumber_MatrixMultiply(partial.get(), rot2.get()));
   line = getattr(self, id<"line">());
   start = getattr(line.get(), id<"start_point">());
-  Ref translation = check(PySequence_Tuple(start.get()));
-  Ref zero = new_int(0), three = new_int(3);
-  Ref rows = check(PySlice_New(zero.get(), three.get(), nullptr));
-  Ref key = tuple({rows.get(), three.get()});
-  check(PyObject_SetItem(transformation.get(), key.get(), translation.get()));
+  translate_to(transformation.get(), start.get());
   return transformation;
 }
 constexpr Member generate_transformation_matrix_member =

@@ -10,6 +10,7 @@
 #include "module/globals.hpp"
 #include "module/objects.hpp"
 #include "scene/default_material.hpp"
+#include "scene/line_placement.hpp"
 
 namespace ostrel {
 
@@ -78,11 +79,6 @@ constexpr Member revolve_name_member = property("_name", "() -> str", revolve_na
 constexpr Member linestring_member =
     abstract_property("_trimesh_linestring", "() -> Sequence[Tuple[float, float]]", not_implemented,
                       "The profile as (x, y) pairs: x the radius, y the height.");
-
-Ref axis(long x, long y, long z) {
-  Ref a = new_int(x), b = new_int(y), c = new_int(z);
-  return tuple({a.get(), b.get(), c.get()});
-}
 
 Ref to_trimesh(const Args& a) {
   PyObject* self = a.self();

@@ -8,6 +8,7 @@
 #include "module/objects.hpp"
 #include "scene/default_material.hpp"
 #include "scene/hidden_children.hpp"
+#include "scene/shared_material.hpp"
 
 namespace ostrel {
 
@@ -132,19 +133,9 @@ Ref inner_volume(const Args& a) {
 constexpr Member inner_volume_member =
     property("inner_volume", "() -> float", inner_volume, "The volume of the ring, in proportion to the angle.");
 
-Ref get_material(const Args& a) { return getattr(a.self(), id<"_material">()); }
-enum class SetMaterial { self, value };
-Ref set_material(const Args& a) {
-  PyObject* self = a.self();
-  setattr(self, id<"_material">(), a[SetMaterial::value]);
-  Ref members = getattr(self, id<"_children">());
-  Ref it = check(PyObject_GetIter(members.get()));
-  while (Ref child = Ref::steal(PyIter_Next(it.get()))) setattr(child.get(), id<"material">(), a[SetMaterial::value]);
-  if (PyErr_Occurred()) throw PyError{};
-  return none();
-}
-constexpr Member material_member = property("material", "() -> Material", get_material, "(value: Material) -> None",
-                                            set_material, "The material; setting it reaches both halves.");
+constexpr Member material_member =
+    property("material", "() -> Material", get_shared_material, "(value: Material) -> None", set_shared_material,
+             "The material; setting it reaches both halves.");
 
 Ref torus_name(const Args&) { return new_str("torus"); }
 constexpr Member torus_name_member = property("_name", "() -> str", torus_name, "\"torus\"");
