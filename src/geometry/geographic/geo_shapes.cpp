@@ -44,8 +44,8 @@ constexpr Member point_eq_member =
 
 Ref formatted(PyObject* self, PyObject* coordinate) {
   Ref value = getattr(self, coordinate);
-  Ref format_spec = new_str(".3e");
-  return check(PyObject_Format(value.get(), format_spec.get()));
+  Ref style = new_str(".3e");
+  return check(PyObject_Format(value.get(), style.get()));
 }
 
 Ref point_repr(const Args& a) {
