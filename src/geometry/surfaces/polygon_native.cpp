@@ -248,7 +248,8 @@ Ref native_centroid(PyObject* self) {
 }
 
 Ref native_moment_of_inertia(PyObject* self) {
-  // The centroid first, from a clipping of its own, as the documented steps take it.
+  // The centroid first, as the documented steps take it. They clip the ears twice, once
+  // for the centroid and once for the sum; both give the same triangles, so one serves.
   const auto clipped = clip(self);
   if (!clipped) return {};
   const auto measured = measure(*clipped);
