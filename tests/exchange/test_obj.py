@@ -6,7 +6,7 @@ from hypothesis import given, strategies as st
 
 from obj_steps import plain_parse
 from ostrel.core import File
-from ostrel.geometry import (_parse_obj_material_library, _parse_vertices_and_faces_from_obj,
+from ostrel.geometry import (_GLTF, _Mesh, _parse_obj_material_library, _parse_vertices_and_faces_from_obj,
                              _parse_vertices_and_grouped_faces_from_obj)
 
 
@@ -191,3 +191,12 @@ def test_the_callers_lines_and_collector_are_left_as_they_were():
     assert _parse_vertices_and_faces_from_obj(Lines("v 1 2 3", Spy("f 1 1 2"), kind=list)) == (
         [[1.0, 2.0, 3.0]], [[0, 0, 1]])
     assert seen == [True]
+
+
+@pytest.mark.parametrize("index, named", [("99999999999", 99999999998), ("4", 3), ("-1", -2), ("0", -1)])
+def test_a_face_that_names_no_vertex_stops_the_export(index, named):
+    # The file stores 32-bit indices: written as it came, 99999999998 would wrap to 1215752190.
+    mesh = _Mesh.from_obj(text(f"v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\nf 1 2 {index}\n"))
+    with pytest.raises(ValueError, match=f"names vertex {named}, which does not exist: the mesh has 3 vertices"):
+        _GLTF.to_gltf(mesh)
+    assert _GLTF.to_gltf(_Mesh.from_obj(text("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"))).getvalue_binary()

@@ -8,7 +8,7 @@ import textwrap
 import pytest
 
 from ostrel import geometry
-from ostrel.geometry import Group, Point, Triangle
+from ostrel.geometry import Group, Point, Polyline, Triangle
 
 
 def survives(code, python=sys.executable):
@@ -148,3 +148,56 @@ def test_arc_fields_dropped_while_they_are_read():
     """)
     assert out == ["discretize", "AttributeError", "angle", "AttributeError", "theta1_theta2", "AttributeError",
                    "inner_volume", "AttributeError", "_trimesh_linestring", "AttributeError"]
+
+
+def test_loops_over_lists_that_caller_code_empties():
+    """The generic paths walk their own lists while caller code runs; a caller that reaches a list
+    through the collector and empties it ends the walk as a Python for loop would."""
+    out = survives("""
+        import gc
+        from ostrel import geometry as g
+        from ostrel.geometry import Point as P
+
+        def empty_lists_holding(item, kind):
+            for holder in gc.get_referrers(item):
+                if isinstance(holder, list) and all(isinstance(x, kind) for x in holder):
+                    holder.clear()
+
+        bounded = g.calculate_intersection_bounded_lines
+        def clearing(line1, line2):
+            empty_lists_holding(line1, g.Line)
+            return bounded(line1, line2)
+        g.calculate_intersection_bounded_lines = clearing
+        print(g.Polygon._is_simple([P(0, 0), P(1, 0), P(1, 1), P(0, 1)]))
+        g.calculate_intersection_bounded_lines = bounded
+
+        class Emptying(g.Polyline):
+            def combine_with(self, other):
+                for p in other.points:
+                    empty_lists_holding(p, P)
+                return super().combine_with(other)
+        envelope = Emptying.get_lowest_or_highest_profile_x(
+            Emptying([P(0, 0), P(2, 2), P(4, 0)]), Emptying([P(0, 1), P(4, 1)]), True)
+        print(type(envelope).__name__)
+    """)
+    assert out == ["True", "Polyline"]
+
+
+def test_envelope_takes_the_intersections_as_any_sequence(monkeypatch):
+    """`[start] + intersections + [end]` is whatever the caller's `+` makes of them; a tuple is
+    walked as the documented zip walks it."""
+    class Crossings(tuple):
+        def __radd__(self, other):
+            return Crossings(tuple(other) + tuple(self))
+
+        def __add__(self, other):
+            return Crossings(tuple(self) + tuple(other))
+
+    profiles = Polyline([Point(0, 0), Point(2, 2), Point(4, 0)]), Polyline([Point(0, 1), Point(4, 1)])
+    expected = [(p.x, p.y) for p in Polyline.get_lowest_or_highest_profile_x(*profiles, True).points]
+    crossings = Polyline.intersections_with_polyline
+    monkeypatch.setattr(Polyline, "intersections_with_polyline", lambda self, other: Crossings(crossings(self, other)))
+    assert [(p.x, p.y) for p in Polyline.get_lowest_or_highest_profile_x(*profiles, True).points] == expected
+    monkeypatch.setattr(Polyline, "intersections_with_polyline", lambda self, other: (Point(1, 1),))
+    with pytest.raises(TypeError, match="can only concatenate list"):
+        Polyline.get_lowest_or_highest_profile_x(*profiles, True)

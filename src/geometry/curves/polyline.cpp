@@ -7,6 +7,7 @@
 
 #include "curves/polyline_native.hpp"
 #include "foundations/tolerance.hpp"
+#include "module/boundary.hpp"
 #include "module/globals.hpp"
 
 namespace ostrel {
@@ -272,18 +273,32 @@ Ref line_or_nothing(PyObject* a, PyObject* b) {
   return line;
 }
 
-void sort_by_keys(PyObject* sequence, PyObject* keys) {
-  // sorted(range(n), key=keys.__getitem__) compares the keys as sort(key=...) does.
-  Ref n = new_int(length_of(keys));
-  Ref indices = call(reinterpret_cast<PyObject*>(&PyRange_Type), {n.get()});
-  Ref key = getattr(keys, id<"__getitem__">());
-  Ref order = call_kw(global<"sorted">().get(), {indices.get()}, {{id<"key">(), key.get()}});
-  Ref items = check(PySequence_List(sequence));
-  for (Py_ssize_t i = 0; i < PyList_GET_SIZE(order.get()); ++i) {
-    const Py_ssize_t from = check(PyLong_AsSsize_t(PyList_GET_ITEM(order.get(), i)));
-    Ref item = getitem(items.get(), from);
-    check(PySequence_SetItem(sequence, i, item.get()));
-  }
+namespace {
+
+// The sort keys `start.vector_to(point).squared_magnitude` and the same of `piece[1]`, as
+// host functions bound to `start`, so that the list's own sort calls them.
+Ref distance_from(PyObject* start, PyObject* point) {
+  Ref v = call_method(start, id<"vector_to">(), {point});
+  return getattr(v.get(), id<"squared_magnitude">());
+}
+PyObject* point_key(PyObject* start, PyObject* point) {
+  return enter([&] { return distance_from(start, point); });
+}
+PyObject* piece_key(PyObject* start, PyObject* piece) {
+  return enter([&] {
+    Ref end = getitem(piece, 1);
+    return distance_from(start, end.get());
+  });
+}
+PyMethodDef point_key_def{"squared_distance", point_key, METH_O, nullptr};
+PyMethodDef piece_key_def{"squared_distance", piece_key, METH_O, nullptr};
+
+}  // namespace
+
+void sort_by_distance(PyObject* list, PyObject* start, SortKey key) {
+  Ref function = check(PyCFunction_New(key == SortKey::point ? &point_key_def : &piece_key_def, start));
+  Ref sort = getattr(list, id<"sort">());
+  call_kw(sort.get(), {}, {{id<"key">(), function.get()}});
 }
 
 void define_polyline() {

@@ -35,9 +35,11 @@ bool next_pair(PyObject* pairs, Ref& first, Ref& second);
 // `Line(a, b)`, or nothing where the constructor raises ValueError (coinciding points).
 Ref line_or_nothing(PyObject* a, PyObject* b);
 
-// `sequence.sort(key=...)` for keys computed beforehand: the items reordered as the
-// host's stable sort orders their keys.
-void sort_by_keys(PyObject* sequence, PyObject* keys);
+// `list.sort(key=lambda item: start.vector_to(item).squared_magnitude)`, with `item[1]`
+// in place of `item` for pieces: the list's own stable sort, its keys computed as it
+// asks for them.
+enum class SortKey { point, piece };
+void sort_by_distance(PyObject* list, PyObject* start, SortKey key);
 
 // Runs `body` and reports whether it raised ValueError, which is then cleared; any other
 // exception goes on.

@@ -65,14 +65,7 @@ Ref find_overlaps(const Args& a) {
       check(PyList_Append(local.get(), piece.get()));
     }
     if (PyList_GET_SIZE(local.get()) == 0) continue;
-    Ref keys = check(PyList_New(0));
-    for (Py_ssize_t i = 0; i < PyList_GET_SIZE(local.get()); ++i) {
-      Ref to = getitem(PyList_GET_ITEM(local.get(), i), 1);
-      Ref v = call_method(own_start.get(), id<"vector_to">(), {to.get()});
-      Ref key = getattr(v.get(), id<"squared_magnitude">());
-      check(PyList_Append(keys.get(), key.get()));
-    }
-    sort_by_keys(local.get(), keys.get());
+    sort_by_distance(local.get(), own_start.get(), SortKey::piece);
     if (PyList_GET_SIZE(overlap_lines.get()) > 0) {
       Ref first_piece = getitem(local.get(), 0), last_piece = getitem(overlap_lines.get(), -1);
       Ref from = getitem(first_piece.get(), 0), to = getitem(last_piece.get(), 1);

@@ -60,12 +60,20 @@ Ref lowest_or_highest_profile(const Args& a) {
   Ref ends_2 = check(PyNumber_Add(inner_2.get(), last_2.get()));
   Ref empty = check(PyList_New(0));
   Ref result = call(cls, {empty.get()});
-  const Py_ssize_t sections = std::min(PyList_GET_SIZE(ends_1.get()), PyList_GET_SIZE(ends_2.get())) - 1;
-  for (Py_ssize_t i = 0; i < sections; ++i) {
-    PyObject *p1_section_start = PyList_GET_ITEM(ends_1.get(), i),
-             *p1_section_end = PyList_GET_ITEM(ends_1.get(), i + 1);
-    PyObject *p2_section_start = PyList_GET_ITEM(ends_2.get(), i),
-             *p2_section_end = PyList_GET_ITEM(ends_2.get(), i + 1);
+  // zip(ends_1[:-1], ends_1[1:], ends_2[:-1], ends_2[1:]): the ends are whatever `+` made of
+  // the intersections, and combine_with is the caller's, so both are walked as the host does.
+  Ref minus_one = new_int(-1), one = new_int(1);
+  Ref head = check(PySlice_New(nullptr, minus_one.get(), nullptr)), tail = check(PySlice_New(one.get(), nullptr, nullptr));
+  Ref p1_starts = check(PyObject_GetItem(ends_1.get(), head.get()));
+  Ref p1_ends = check(PyObject_GetItem(ends_1.get(), tail.get()));
+  Ref p2_starts = check(PyObject_GetItem(ends_2.get(), head.get()));
+  Ref p2_ends = check(PyObject_GetItem(ends_2.get(), tail.get()));
+  Ref sections = call(global<"zip">().get(), {p1_starts.get(), p1_ends.get(), p2_starts.get(), p2_ends.get()});
+  while (Ref section = Ref::steal(PyIter_Next(sections.get()))) {
+    Ref ends[4];
+    unpack(section.get(), 4, ends);
+    PyObject *p1_section_start = ends[0].get(), *p1_section_end = ends[1].get();
+    PyObject *p2_section_start = ends[2].get(), *p2_section_end = ends[3].get();
     Ref p1_part, p2_part;
     if (!equal(p1_section_start, p1_section_end))
       p1_part = call_method(profile_1.get(), id<"get_polyline_between">(), {p1_section_start, p1_section_end, Py_True});
@@ -75,6 +83,7 @@ Ref lowest_or_highest_profile(const Args& a) {
     Ref part = call_method(cls, id<"_find_lowest_or_highest_profile">(), {p1_part.get(), p2_part.get(), lowest});
     result = call_method(result.get(), id<"combine_with">(), {part.get()});
   }
+  if (PyErr_Occurred()) throw PyError{};
   return result;
 }
 

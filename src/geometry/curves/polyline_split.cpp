@@ -17,12 +17,6 @@ bool repeats_last(PyObject* items, PyObject* point) {
   return equal(point, last.get());
 }
 
-// `start.vector_to(point).squared_magnitude`, the sort key of intersections and pieces.
-Ref squared_distance(PyObject* start, PyObject* point) {
-  Ref v = call_method(start, id<"vector_to">(), {point});
-  return getattr(v.get(), id<"squared_magnitude">());
-}
-
 enum class IntersectionsWithPolyline { self, other_polyline };
 Ref intersections_with_polyline(const Args& a) {
   if (auto native = NativePolylines::start()) {
@@ -50,12 +44,7 @@ Ref intersections_with_polyline(const Args& a) {
     if (PyErr_Occurred()) throw PyError{};
     if (PyList_GET_SIZE(line_intersections.get()) == 0) continue;
     Ref start = getattr(line.get(), id<"start_point">());
-    Ref keys = check(PyList_New(0));
-    for (Py_ssize_t i = 0; i < PyList_GET_SIZE(line_intersections.get()); ++i) {
-      Ref key = squared_distance(start.get(), PyList_GET_ITEM(line_intersections.get(), i));
-      check(PyList_Append(keys.get(), key.get()));
-    }
-    sort_by_keys(line_intersections.get(), keys.get());
+    sort_by_distance(line_intersections.get(), start.get(), SortKey::point);
     Ref extended = check(PySequence_InPlaceConcat(intersections.get(), line_intersections.get()));
   }
   if (PyErr_Occurred()) throw PyError{};

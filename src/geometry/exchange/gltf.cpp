@@ -107,6 +107,38 @@ void write_binary(PyObject* file, PyObject* content) {
   call(exit.get(), {manager.get(), Py_None, Py_None, Py_None});
 }
 
+// Every face index of every mesh in the scene names one of its vertices. The GLB stores
+// indices as 32-bit unsigned integers and the exporter casts without a word, so an index
+// out of range (a face line of an OBJ file that names no vertex, say) would be written
+// wrapped, as a corrupt file.
+void require_faces_name_vertices(PyObject* scene) {
+  Ref geometries = getattr(scene, id<"geometry">());
+  Ref values = call_method(geometries.get(), id<"values">(), {});
+  Ref it = check(PyObject_GetIter(values.get()));
+  while (Ref geometry = Ref::steal(PyIter_Next(it.get()))) {
+    Ref faces = Ref::steal(PyObject_GetAttr(geometry.get(), id<"faces">()));
+    if (!faces) {
+      if (!PyErr_ExceptionMatches(PyExc_AttributeError)) throw PyError{};
+      PyErr_Clear();  // a geometry without faces (a path, a point cloud)
+      continue;
+    }
+    Ref vertices = getattr(geometry.get(), id<"vertices">());
+    const Py_ssize_t count = check(PyObject_Length(vertices.get()));
+    Ref indices = call(getattr(global<"np">().get(), id<"asarray">()).get(), {faces.get()});
+    Ref size = getattr(indices.get(), id<"size">());
+    if (!truth(size.get())) continue;
+    Ref lowest = call_method(indices.get(), id<"min">(), {}), highest = call_method(indices.get(), id<"max">(), {});
+    Ref zero = new_int(0), end = new_int(count);
+    PyObject* stray = compares(highest.get(), end.get(), Py_GE) ? highest.get()
+                      : compares(lowest.get(), zero.get(), Py_LT) ? lowest.get()
+                                                                   : nullptr;
+    if (stray)
+      raise_format(PyExc_ValueError, "A face of a mesh names vertex %S, which does not exist: the mesh has %zd vertices",
+                   stray, count);
+  }
+  if (PyErr_Occurred()) throw PyError{};
+}
+
 enum class ToGltf { cls, objects };
 Ref to_gltf(const Args& a) {
   PyObject *cls = a[ToGltf::cls], *objects = a[ToGltf::objects];
@@ -122,6 +154,7 @@ Ref to_gltf(const Args& a) {
     call_kw(add.get(), {scene.get(), geometry.get()},
             {{id<"transform">(), transform.get()}, {id<"name">(), name.get()}});
   }
+  require_faces_name_vertices(scene.get());
   Ref file = call(global<"File">().get(), {});
   Ref exchange = getattr(global<"trimesh">().get(), id<"exchange">());
   Ref gltf = getattr(exchange.get(), id<"gltf">());

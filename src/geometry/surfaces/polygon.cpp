@@ -90,11 +90,14 @@ Ref is_simple(const Args& a) {
     check(PyList_Append(lines.get(), line.get()));
   }
   if (PyErr_Occurred()) throw PyError{};
-  const Py_ssize_t n = PyList_GET_SIZE(lines.get());
-  for (Py_ssize_t i = 0; i < n; ++i) {
-    for (Py_ssize_t j = 0; j < n; ++j) {
-      if (i == j) continue;
-      Ref line1 = Ref::borrow(PyList_GET_ITEM(lines.get(), i)), line2 = Ref::borrow(PyList_GET_ITEM(lines.get(), j));
+  // `for line1 in lines: for line2 in lines:` through the list's own iterators, which
+  // read its size at each step: the intersection function is the caller's to replace,
+  // and a replacement may change the list.
+  Ref outer = check(PyObject_GetIter(lines.get()));
+  while (Ref line1 = Ref::steal(PyIter_Next(outer.get()))) {
+    Ref inner = check(PyObject_GetIter(lines.get()));
+    while (Ref line2 = Ref::steal(PyIter_Next(inner.get()))) {
+      if (line1.get() == line2.get()) continue;
       Ref intersection = call(global<"calculate_intersection_bounded_lines">().get(), {line1.get(), line2.get()});
       if (intersection.get() == Py_None) continue;
       Ref end1 = getattr(line1.get(), id<"end_point">()), start2 = getattr(line2.get(), id<"start_point">());
@@ -103,7 +106,9 @@ Ref is_simple(const Args& a) {
       Ref line2_line1 = check(PyObject_RichCompare(end2.get(), start1.get(), Py_EQ));
       if (!truth(line1_line2.get()) && !truth(line2_line1.get())) return boolean(false);
     }
+    if (PyErr_Occurred()) throw PyError{};
   }
+  if (PyErr_Occurred()) throw PyError{};
   return boolean(true);
 }
 constexpr Member is_simple_member =
