@@ -195,6 +195,7 @@ HOSTILE += [
     ("pair of points, shadowed", lambda c: [c.shadowed(P()), P(2, 2)]),
     ("point-like", lambda c: type("PointLike", (), {"x": 1.0, "y": Trap(c, c.rng), "z": 0.0, "_x": 1.0})()),
     ("instance of a subclass", lambda c: instance(c, c.rng.choice(CLASSES), derived=True)),
+    ("instance of a meddling subclass", lambda c: instance(c, c.rng.choice(CLASSES), meddled=True)),
     ("instance", lambda c: instance(c, c.rng.choice(CLASSES))),
 ]
 
@@ -214,11 +215,73 @@ def subclass(ctx, cls):
         return cls
 
 
-def instance(ctx, cls, derived=False):
+def empty_lists_holding(ctx, objects):
+    """Empties every small list that holds one of the objects: the lists a native member is
+    walking, which a caller reaches through the collector."""
+    for obj in objects:
+        if isinstance(obj, (int, float, str, type(None))):
+            continue
+        for holder in gc.get_referrers(obj):
+            if type(holder) is list and len(holder) < 1000 and holder is not ctx.values:
+                holder.clear()
+
+
+def odd_result(ctx, result):
+    """The result of a member, turned into an object of another type than the caller expects."""
+    class Sums(tuple):  # a sequence whose `+` gives tuples either way round
+        __add__ = lambda s, o: Sums(tuple(s) + tuple(o))
+        __radd__ = lambda s, o: Sums(tuple(o) + tuple(s))
+    choices = [None, Trap(ctx, ctx.rng), 1.5, "text"]
+    if isinstance(result, (list, tuple)):
+        choices += [tuple(result), Sums(result), iter(result), list(result)[::-1], list(result) + [Trap(ctx, ctx.rng)],
+                    result[:1]]
+    return ctx.rng.choice(choices)
+
+
+def meddling(ctx, original, meddles):
+    """`original` wrapped so that its first calls empty the lists that hold their arguments, or the
+    result, or give a result of an unexpected type."""
+    mode, calls = ctx.rng.randrange(3), [0]
+
+    def wrapper(*args, **kwargs):
+        calls[0] += 1
+        active = calls[0] <= meddles
+        if active and mode == 0:
+            empty_lists_holding(ctx, args)
+        result = original(*args, **kwargs)
+        if active and mode == 1:
+            empty_lists_holding(ctx, (result, *args))
+        return odd_result(ctx, result) if active and mode == 2 else result
+    return wrapper
+
+
+def meddling_subclass(ctx, cls):
+    """A subclass of cls whose own methods and properties (up to three of them) call the module's
+    and then meddle: they empty the lists being read or return objects of unexpected types."""
+    names = sorted({n for k in cls.__mro__ if own(k) for n in vars(k)} - SKIP - {"__init__", "__new__", "__repr__"})
+    attrs = {}
+    for name in ctx.rng.sample(names, min(3, len(names))):
+        raw = inspect.getattr_static(cls, name)
+        meddles = ctx.rng.choice([1, 3])
+        if isinstance(raw, staticmethod):
+            attrs[name] = staticmethod(meddling(ctx, raw.__func__, meddles))
+        elif isinstance(raw, classmethod):
+            attrs[name] = classmethod(meddling(ctx, raw.__func__, meddles))
+        elif isinstance(raw, property) and raw.fget is not None:
+            attrs[name] = property(meddling(ctx, raw.fget, meddles), raw.fset)
+        elif callable(raw):
+            attrs[name] = meddling(ctx, raw, meddles)
+    try:
+        return type("Meddling" + cls.__name__, (cls,), attrs)
+    except TypeError:
+        return cls
+
+
+def instance(ctx, cls, derived=False, meddled=False):
     make = BUILDERS.get(cls)
     if make is None:
         return None
-    kind = subclass(ctx, cls) if derived or ctx.rng.random() < 0.1 else cls
+    kind = meddling_subclass(ctx, cls) if meddled else subclass(ctx, cls) if derived or ctx.rng.random() < 0.1 else cls
     try:
         return kind(*make(ctx))
     except Exception:
@@ -302,8 +365,13 @@ class Patch:
 
 
 def make_call(seed, index):
+    """Call I: the first pass over TARGETS on the module's classes, the second on subclasses that
+    meddle, and from there on a random target, meddling one time in three."""
     ctx = Ctx(random.Random(f"{seed}:{index}"))
-    name, kind, owner = TARGETS[ctx.rng.randrange(len(TARGETS))] if index >= len(TARGETS) else TARGETS[index]
+    name, kind, owner = TARGETS[index % len(TARGETS)] if index < 2 * len(TARGETS) else ctx.rng.choice(TARGETS)
+    base = owner
+    if index // len(TARGETS) == 1 or (index >= 2 * len(TARGETS) and ctx.rng.random() < 0.35):
+        owner = meddling_subclass(ctx, owner) if isinstance(owner, type) and owner in BUILDERS else owner
     if kind == "function":
         function = owner
         args, kwargs = plan(ctx, function)
@@ -314,7 +382,10 @@ def make_call(seed, index):
         function = getattr(owner, name)
         args, kwargs = plan(ctx, function)
     else:
-        obj = instance(ctx, owner)
+        try:
+            obj = owner(*BUILDERS[base](ctx)) if owner is not base else instance(ctx, owner)
+        except Exception:  # a meddling member that the constructor calls
+            obj = instance(ctx, base)
         ctx.values.append(obj)
         if ctx.rng.random() < 0.15 and vars(obj):
             setattr(obj, ctx.rng.choice(list(vars(obj))), ctx.value(0.9))
@@ -327,7 +398,7 @@ def make_call(seed, index):
             function, kwargs = {"get": getattr, "set": setattr, "del": delattr}[action], {}
             name = f"{action} .{name}"
     patch = Patch(ctx) if ctx.rng.random() < 0.12 else None
-    label = name if kind == "function" else f"{owner.__name__}.{name}"
+    label = name if kind == "function" and owner is base else f"{owner.__name__}.{name}"
     description = f"{label}({', '.join(ctx.labels)}){patch.label if patch and patch.name else ''}"
     return function, args, kwargs, patch, description
 

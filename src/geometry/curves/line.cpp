@@ -203,7 +203,7 @@ Ref geometries(const Args& a) {
 constexpr Member geometries_member =
     property("geometries", "() -> Tuple[Point, Point]", geometries, "The tuple of the start and end point.");
 
-// math.kernel::isclose(self.start_point.<c>, self.end_point.<c>), no tolerance arguments.
+// math.isclose(self.start_point.<c>, self.end_point.<c>), no tolerance arguments.
 bool ends_close(PyObject* self, PyObject* coordinate) {
   Ref start = getattr(self, id<"start_point">());
   Ref s = getattr(start.get(), coordinate);
@@ -219,7 +219,7 @@ Ref horizontal(const Args& a) {
   return boolean(!ends_close(a.self(), id<"x">()));
 }
 constexpr Member horizontal_member = property("horizontal", "() -> bool", horizontal,
-                                              "Equal y and different x at both ends (plain math.kernel::isclose).");
+                                              "Equal y and different x at both ends (plain math.isclose).");
 
 Ref vertical(const Args& a) {
   if (const auto s = read_line_xy(a.self())) return boolean(kernel::is_vertical(*s));
@@ -227,7 +227,7 @@ Ref vertical(const Args& a) {
   return boolean(!ends_close(a.self(), id<"y">()));
 }
 constexpr Member vertical_member =
-    property("vertical", "() -> bool", vertical, "Equal x and different y at both ends (plain math.kernel::isclose).");
+    property("vertical", "() -> bool", vertical, "Equal x and different y at both ends (plain math.isclose).");
 
 enum class Discretize { self, num };
 Ref discretize(const Args& a) {
@@ -347,7 +347,7 @@ Ref vertical_overlap(PyObject* self, PyObject* other, PyObject* inclusive) {
   return line_or_point(overlap_x.get(), overlap_x.get(), overlap_y.get());
 }
 
-// math.kernel::isclose(a, b, rel_tol=ISCLOSE_RTOL, abs_tol=ISCLOSE_ATOL)
+// math.isclose(a, b, rel_tol=ISCLOSE_RTOL, abs_tol=ISCLOSE_ATOL)
 bool module_close(PyObject* a, PyObject* b) {
   const double x = as_double(a), y = as_double(b);
   return kernel::isclose(x, y, module_tolerance());

@@ -8,7 +8,7 @@ namespace ostrel {
 
 namespace {
 
-// math.kernel::isclose(a, b) with no tolerance arguments.
+// math.isclose(a, b) with no tolerance arguments.
 bool plain_close(PyObject* a, PyObject* b) {
   const double x = as_double(a);
   return kernel::isclose(x, as_double(b), kernel::plain_tolerance);

@@ -69,7 +69,7 @@ constexpr Member price_member = property("price", "() -> Optional[float]", get_p
 
 Ref to_trimesh(const Args& a) {
   PyObject* self = a.self();
-  // Plain math.kernel::isclose, no tolerance arguments: 0.9999999999 still counts as opaque.
+  // Plain math.isclose, no tolerance arguments: 0.9999999999 still counts as opaque.
   Ref opacity = getattr(self, id<"_opacity">());
   Ref alpha_mode =
       new_str(kernel::isclose(as_double(opacity.get()), 1.0, kernel::plain_tolerance) ? "OPAQUE" : "BLEND");
