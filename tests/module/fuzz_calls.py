@@ -135,6 +135,24 @@ class Ctx:
         if self.rng.random() < 0.2:
             gc.collect()
 
+    def typed(self, annotation):
+        """A value of the annotated class (points on a coarse grid, so that they coincide and line
+        up), of a meddling subclass now and then, or a list of them."""
+        name, many = annotation
+        cls, rng = getattr(g, name), self.rng
+
+        def one():
+            if cls is g.Point:
+                return P(rng.randrange(-2, 3), rng.randrange(-2, 3))
+            if cls is g.Polyline:
+                xs = sorted(rng.randrange(-3, 4) for _ in range(rng.randrange(2, 8)))
+                return rng.choice([cls, meddling_subclass(self, cls)])([P(x, rng.randrange(-2, 3)) for x in xs])
+            return instance(self, cls, meddled=rng.random() < 0.3)
+        value = [one() for _ in range(rng.randrange(7))] if many else one()
+        self.values.append(value)
+        self.labels.append(f"typed:{type(value).__name__}")
+        return value
+
     def shadowed(self, obj):
         d = vars(obj)
         name = self.rng.choice([k for k in d if isinstance(k, str)] or ["_x"])
@@ -216,13 +234,19 @@ def subclass(ctx, cls):
 
 
 def empty_lists_holding(ctx, objects):
-    """Empties every small list that holds one of the objects: the lists a native member is
-    walking, which a caller reaches through the collector."""
+    """Empties every small list that holds one of the objects, or an item or field of one of them
+    (the points of a polyline, say): the lists a native member is walking, which a caller
+    reaches through the collector."""
+    reached = list(objects)
     for obj in objects:
-        if isinstance(obj, (int, float, str, type(None))):
+        parts = list(obj) if isinstance(obj, (list, tuple)) else list(getattr(obj, "__dict__", {}).values())
+        reached += parts + [item for part in parts if isinstance(part, list) for item in part]
+    kept = {id(ctx.values), id(reached), id(CLASSES), id(TARGETS), id(VALID), id(HOSTILE)}
+    for obj in reached:
+        if isinstance(obj, (int, float, str, type(None), type, Module)):
             continue
         for holder in gc.get_referrers(obj):
-            if type(holder) is list and len(holder) < 1000 and holder is not ctx.values:
+            if type(holder) is list and len(holder) < 1000 and id(holder) not in kept:
                 holder.clear()
 
 
@@ -238,10 +262,10 @@ def odd_result(ctx, result):
     return ctx.rng.choice(choices)
 
 
-def meddling(ctx, original, meddles):
-    """`original` wrapped so that its first calls empty the lists that hold their arguments, or the
-    result, or give a result of an unexpected type."""
-    mode, calls = ctx.rng.randrange(3), [0]
+def meddling(ctx, original, meddles, modes=(0, 1, 2)):
+    """`original` wrapped so that its first calls empty the lists that hold their arguments (mode 0),
+    or the result (1), or give a result of an unexpected type (2)."""
+    mode, calls = ctx.rng.choice(modes), [0]
 
     def wrapper(*args, **kwargs):
         calls[0] += 1
@@ -255,22 +279,25 @@ def meddling(ctx, original, meddles):
     return wrapper
 
 
-def meddling_subclass(ctx, cls):
-    """A subclass of cls whose own methods and properties (up to three of them) call the module's
-    and then meddle: they empty the lists being read or return objects of unexpected types."""
-    names = sorted({n for k in cls.__mro__ if own(k) for n in vars(k)} - SKIP - {"__init__", "__new__", "__repr__"})
+def meddling_subclass(ctx, cls, names=None, modes=(0, 1, 2)):
+    """A subclass of cls whose own methods and properties (the names given, or three at random)
+    call the module's and then meddle: they empty the lists being read or return objects of
+    unexpected types."""
+    if names is None:
+        names = sorted({n for k in cls.__mro__ if own(k) for n in vars(k)} - SKIP - {"__init__", "__new__", "__repr__"})
+        names = ctx.rng.sample(names, min(3, len(names)))
     attrs = {}
-    for name in ctx.rng.sample(names, min(3, len(names))):
+    for name in names:
         raw = inspect.getattr_static(cls, name)
         meddles = ctx.rng.choice([1, 3])
         if isinstance(raw, staticmethod):
-            attrs[name] = staticmethod(meddling(ctx, raw.__func__, meddles))
+            attrs[name] = staticmethod(meddling(ctx, raw.__func__, meddles, modes))
         elif isinstance(raw, classmethod):
-            attrs[name] = classmethod(meddling(ctx, raw.__func__, meddles))
+            attrs[name] = classmethod(meddling(ctx, raw.__func__, meddles, modes))
         elif isinstance(raw, property) and raw.fget is not None:
-            attrs[name] = property(meddling(ctx, raw.fget, meddles), raw.fset)
+            attrs[name] = property(meddling(ctx, raw.fget, meddles, modes), raw.fset)
         elif callable(raw):
-            attrs[name] = meddling(ctx, raw, meddles)
+            attrs[name] = meddling(ctx, raw, meddles, modes)
     try:
         return type("Meddling" + cls.__name__, (cls,), attrs)
     except TypeError:
@@ -303,16 +330,20 @@ def find_builder(cls, rng):
 
 
 def parameters(function):
-    """(required positional, most positional, positional names, keyword-only names)."""
+    """(required positional, most positional, positional names, keyword-only names, the annotations
+    of the positional parameters that name a class of the module, or a list of one)."""
     try:
         params = inspect.signature(function).parameters.values()
     except (TypeError, ValueError):
-        return 0, 3, [], []
+        return 0, 3, [], [], []
     positional = [p for p in params if p.kind in (p.POSITIONAL_ONLY, p.POSITIONAL_OR_KEYWORD)]
     required = sum(p.default is p.empty for p in positional)
     star = any(p.kind == p.VAR_POSITIONAL for p in params)
+    classes = [str(p.annotation).removeprefix("List[").removesuffix("]") for p in positional]
     return (required, len(positional) + 2 * star, [p.name for p in positional],
-            [p.name for p in params if p.kind == p.KEYWORD_ONLY])
+            [p.name for p in params if p.kind == p.KEYWORD_ONLY],
+            [(name, str(p.annotation).startswith("List[")) if isinstance(getattr(g, name, None), type) else None
+             for name, p in zip(classes, positional)])
 
 
 def is_count(name):
@@ -321,11 +352,12 @@ def is_count(name):
 
 def plan(ctx, function, skip_self=False):
     rng = ctx.rng
-    low, high, names, keywords = parameters(function)
-    names = names[skip_self:]
+    low, high, names, keywords, annotations = parameters(function)
+    names, annotations = names[skip_self:], annotations[skip_self:]
     low, high = max(low - skip_self, 0), max(high - skip_self, 0)
     n = rng.randint(low, high) if rng.random() < 0.8 else rng.randrange(6)
-    args = [ctx.value(count=i < len(names) and is_count(names[i])) for i in range(n)]
+    args = [ctx.typed(annotations[i]) if i < len(annotations) and annotations[i] and rng.random() < 0.75
+            else ctx.value(count=i < len(names) and is_count(names[i])) for i in range(n)]
     kwargs = {k: ctx.value(count=is_count(k)) for k in keywords if rng.random() < 0.3}
     if rng.random() < 0.05:
         kwargs["bogus"] = 1
@@ -343,6 +375,8 @@ class Patch:
             original = getattr(g, self.name)
             if isinstance(original, type) and rng.random() < 0.5:
                 odd.append(subclass(ctx, original))
+            if own(original) and not isinstance(original, type):
+                odd += [meddling(ctx, original, 3)] * 4
             self.value = rng.choice(odd)
         else:
             self.target = rng.choice(CLASSES)
@@ -352,6 +386,8 @@ class Patch:
             self.name = rng.choice(names)
             self.value = rng.choice([property(lambda s, v=rng.choice(odd): v), lambda *a: rng.choice(odd),
                                      property(lambda s: 1.0 / 0), rng.choice(odd)])
+            if rng.random() < 0.5:
+                self.value = meddling_subclass(ctx, self.target, [self.name]).__dict__.get(self.name, self.value)
         self.label = f" with {getattr(self.target, '__name__', '?')}.{self.name} replaced by {type(self.value).__name__}"
 
     def __enter__(self):
@@ -362,6 +398,35 @@ class Patch:
     def __exit__(self, *exc):
         if self.saved is not self:
             setattr(self.target, self.name, self.saved)
+
+
+class MeddlingWorld:
+    """For the duration of one call, the module's functions and its classes' members meddle: in
+    most worlds half of them at random empty the lists being walked, in the others a few return
+    objects of unexpected types. Native paths step aside, and the documented steps meet it all."""
+
+    def __init__(self, ctx):
+        self.saved, rng = [], ctx.rng
+        functions = [(g, n) for n, v in vars(g).items() if own(v) and not isinstance(v, type) and callable(v)]
+        members = [(cls, n) for cls in CLASSES for n in vars(cls) if n not in SKIP | {"__init__", "__new__"}]
+        if rng.random() < 0.7:
+            self.modes, self.targets = (0, 1), [t for t in functions + members if rng.random() < 0.5]
+        else:
+            self.modes, self.targets = (2,), rng.sample(functions + members, 3)
+        self.ctx, self.label = ctx, f" in a meddling world {self.modes}"
+
+    def __enter__(self):
+        for owner, name in self.targets:
+            raw = owner.__dict__[name]
+            replacement = meddling_subclass(self.ctx, owner, [name], self.modes).__dict__.get(name) \
+                if isinstance(owner, type) else meddling(self.ctx, raw, 3, self.modes)
+            if replacement is not None:
+                self.saved.append((owner, name, raw))
+                setattr(owner, name, replacement)
+
+    def __exit__(self, *exc):
+        for owner, name, raw in reversed(self.saved):
+            setattr(owner, name, raw)
 
 
 def make_call(seed, index):
@@ -377,7 +442,7 @@ def make_call(seed, index):
         args, kwargs = plan(ctx, function)
     elif kind == "class-level":
         function = getattr(owner, name)
-        args, kwargs = plan(ctx, function, skip_self=isinstance(inspect.getattr_static(owner, name), classmethod))
+        args, kwargs = plan(ctx, function)  # a class method bound to its class: no cls in the signature
     elif kind == "unbound":  # the class's function with any first argument
         function = getattr(owner, name)
         args, kwargs = plan(ctx, function)
@@ -397,9 +462,10 @@ def make_call(seed, index):
             args = [obj, name] + ([ctx.value()] if action == "set" else [])
             function, kwargs = {"get": getattr, "set": setattr, "del": delattr}[action], {}
             name = f"{action} .{name}"
-    patch = Patch(ctx) if ctx.rng.random() < 0.12 else None
+    draw = ctx.rng.random()
+    patch = Patch(ctx) if draw < 0.12 else MeddlingWorld(ctx) if draw < 0.35 else None
     label = name if kind == "function" and owner is base else f"{owner.__name__}.{name}"
-    description = f"{label}({', '.join(ctx.labels)}){patch.label if patch and patch.name else ''}"
+    description = f"{label}({', '.join(ctx.labels)}){getattr(patch, 'label', '')}"
     return function, args, kwargs, patch, description
 
 

@@ -2,7 +2,7 @@
 an exception other than SystemError, and the process survives. The calls run in child processes
 (fuzz_calls.py), so that a crash names its call and the run goes on after it.
 
-OSTREL_FUZZ_CALLS (default 3000) and OSTREL_FUZZ_SEED (default "ci") choose a longer or another
+OSTREL_FUZZ_CALLS (default 10000) and OSTREL_FUZZ_SEED (default "ci") choose a longer or another
 run, e.g. OSTREL_FUZZ_CALLS=1000000 OSTREL_FUZZ_SEED=$RANDOM python -m pytest tests/module/test_fuzz.py
 """
 import os
@@ -11,7 +11,7 @@ import subprocess
 import sys
 
 DRIVER = pathlib.Path(__file__).with_name("fuzz_calls.py")
-CALLS = int(os.environ.get("OSTREL_FUZZ_CALLS", "3000"))
+CALLS = int(os.environ.get("OSTREL_FUZZ_CALLS", "10000"))
 SEED = os.environ.get("OSTREL_FUZZ_SEED", "ci")
 BATCH = 5000
 

@@ -100,11 +100,15 @@ Ref series(const std::array<kernel::SeriesTerm, N>& terms, PyObject* first, PyOb
   return sum;
 }
 
-// `if coords[0] < ... or ...: warnings.warn(...)`, then the same for coords[1].
-void rd_bounds_steps(PyObject* coords) {
-  Ref x_low = new_int(-7000), x_high = new_int(300000), y_low = new_int(289000), y_high = new_int(629000);
-  if (outside(coords, 0, x_low.get(), x_high.get())) warn(x_warning);
-  if (outside(coords, 1, y_low.get(), y_high.get())) warn(y_warning);
+// `if coords[0] < low or coords[0] > high: warnings.warn(...)`, then the same for
+// coords[1], with the bounds as the host objects the steps compare with.
+void bounds_steps(PyObject* coords, const kernel::Domain (&domains)[2], const char* const (&warnings)[2], bool whole) {
+  for (Py_ssize_t i = 0; i < 2; ++i) {
+    const kernel::Domain& d = domains[i];
+    Ref low = whole ? new_int(static_cast<long long>(d.low)) : new_float(d.low);
+    Ref high = whole ? new_int(static_cast<long long>(d.high)) : new_float(d.high);
+    if (outside(coords, i, low.get(), high.get())) warn(warnings[i]);
+  }
 }
 
 Ref rd_series_steps(PyObject* coords) {
@@ -121,13 +125,6 @@ Ref rd_series_steps(PyObject* coords) {
   return list({phi.get(), lam.get()});
 }
 
-void wgs_bounds_steps(PyObject* coords) {
-  Ref phi_low = new_float(50.56846369435836), phi_high = new_float(53.627020058901856);
-  Ref lam_low = new_float(3.100559333335453), lam_high = new_float(7.578928993560541);
-  if (outside(coords, 0, phi_low.get(), phi_high.get())) warn(latitude_warning);
-  if (outside(coords, 1, lam_low.get(), lam_high.get())) warn(longitude_warning);
-}
-
 Ref wgs_series_steps(PyObject* coords) {
   Ref dphi = scaled_offset(coords, 0, 0.36, id<"phi0">()), dlam = scaled_offset(coords, 1, 0.36, id<"lam0">());
   Ref x = series(kernel::x_series, dphi.get(), dlam.get(), true);
@@ -139,26 +136,22 @@ Ref wgs_series_steps(PyObject* coords) {
   return list({x.get(), y.get()});
 }
 
-// One direction of the conversion: its bounds, warnings and series, natively and as
+// One direction of the conversion: its domains, warnings and series, natively and as
 // documented steps.
 struct Direction {
-  bool (*first_outside)(double);
-  bool (*second_outside)(double);
-  const char* first_warning;
-  const char* second_warning;
+  kernel::Domain domains[2];
+  const char* warnings[2];
+  bool whole_bounds;
   Pair (*series)(double, double);
-  void (*bounds_steps)(PyObject* coords);
   Ref (*series_steps)(PyObject* coords);
 };
 
-constexpr Direction rd_to_wgs{kernel::rd_x_outside, kernel::rd_y_outside, x_warning,      y_warning,
-                              kernel::rd_to_wgs,    rd_bounds_steps,      rd_series_steps};
-constexpr Direction wgs_to_rd{kernel::wgs_latitude_outside,
-                              kernel::wgs_longitude_outside,
-                              latitude_warning,
-                              longitude_warning,
+constexpr Direction rd_to_wgs{
+    {kernel::rd_x_domain, kernel::rd_y_domain}, {x_warning, y_warning}, true, kernel::rd_to_wgs, rd_series_steps};
+constexpr Direction wgs_to_rd{{kernel::wgs_latitude_domain, kernel::wgs_longitude_domain},
+                              {latitude_warning, longitude_warning},
+                              false,
                               kernel::wgs_to_rd,
-                              wgs_bounds_steps,
                               wgs_series_steps};
 
 // The bounds warnings, then the series. A warning can run a caller's code (a hook of
@@ -167,13 +160,13 @@ constexpr Direction wgs_to_rd{kernel::wgs_latitude_outside,
 // warnings.
 Ref convert(PyObject* coords, const Direction& d) {
   auto pair = read_pair(coords);
-  const bool first = pair && d.first_outside((*pair)[0]), second = pair && d.second_outside((*pair)[1]);
+  const bool first = pair && d.domains[0].outside((*pair)[0]), second = pair && d.domains[1].outside((*pair)[1]);
   if ((first || second) && !PyTuple_CheckExact(coords)) pair.reset();
   if (pair) {
-    if (first) warn(d.first_warning);
-    if (second) warn(d.second_warning);
+    if (first) warn(d.warnings[0]);
+    if (second) warn(d.warnings[1]);
   } else {
-    d.bounds_steps(coords);
+    bounds_steps(coords, d.domains, d.warnings, d.whole_bounds);
   }
   if (pair && natives.hold()) return float_pair(d.series((*pair)[0], (*pair)[1]));
   return d.series_steps(coords);

@@ -15,13 +15,17 @@ inline constexpr double rd_y0 = 463000.0;
 inline constexpr double wgs_phi0 = 52.1551744;
 inline constexpr double wgs_lam0 = 5.38720621;
 
-// The domain of RD; a position outside it is converted all the same. The bounds are
-// strict: a position on a bound lies inside. NaN lies inside too, as no comparison
-// holds for it.
-inline bool rd_x_outside(double x) { return x < -7000.0 || x > 300000.0; }
-inline bool rd_y_outside(double y) { return y < 289000.0 || y > 629000.0; }
-inline bool wgs_latitude_outside(double phi) { return phi < 50.56846369435836 || phi > 53.627020058901856; }
-inline bool wgs_longitude_outside(double lam) { return lam < 3.100559333335453 || lam > 7.578928993560541; }
+// The domain of a coordinate; a position outside it is converted all the same. The
+// bounds are strict: a position on a bound lies inside. NaN lies inside too, as no
+// comparison holds for it. The RD bounds are whole metres, compared as integers.
+struct Domain {
+  double low, high;
+  bool outside(double v) const { return v < low || v > high; }
+};
+inline constexpr Domain rd_x_domain{-7000.0, 300000.0};
+inline constexpr Domain rd_y_domain{289000.0, 629000.0};
+inline constexpr Domain wgs_latitude_domain{50.56846369435836, 53.627020058901856};
+inline constexpr Domain wgs_longitude_domain{3.100559333335453, 7.578928993560541};
 
 // One term of a series: the coefficient and the powers of its two variables.
 struct SeriesTerm {
