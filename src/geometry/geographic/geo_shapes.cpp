@@ -93,8 +93,8 @@ constexpr Sequence sequences[] = {
 // The interned name of the class, which is also its module global.
 template <int K>
 PyObject* class_name() {
-  static PyObject* const name = PyUnicode_InternFromString(sequences[K].name);
-  return name;
+  static PyObject* name = nullptr;
+  return kept(name, [] { return PyUnicode_InternFromString(sequences[K].name); });
 }
 
 enum class SequenceInit { self, points };

@@ -67,6 +67,7 @@ void parse_arguments(const Signature& sig, PyObject* name_object, PyObject* cons
   }
   std::fill_n(out.objects_.begin(), sig.params.size(), nullptr);
   const char* name = PyUnicode_AsUTF8(name_object);
+  if (!name) throw PyError{};
   if (nargs > positional && sig.var_positional < 0) count_error(sig, name, nargs);
 
   const Py_ssize_t taken = nargs < positional ? nargs : positional;

@@ -102,7 +102,8 @@ void store_fields(PyObject* o, std::initializer_list<std::pair<PyObject*, PyObje
 }
 
 Ref new_instance(const ClassGuard& guard, std::initializer_list<std::pair<PyObject*, PyObject*>> fields) {
-  static PyObject* const no_arguments = PyTuple_New(0);
+  static PyObject* no_arguments_tuple = nullptr;
+  PyObject* no_arguments = kept(no_arguments_tuple, [] { return PyTuple_New(0); });
   PyTypeObject* type = reinterpret_cast<PyTypeObject*>(guard.cls());
   Ref o = check(PyBaseObject_Type.tp_new(type, no_arguments, nullptr));
   store_fields(o.get(), fields);

@@ -49,8 +49,7 @@ void unpack(PyObject* o, Py_ssize_t n, Ref* out) {
 }
 
 Ref type_name(PyObject* o) {
-  static PyObject* const name = PyUnicode_InternFromString("__name__");
-  return getattr(reinterpret_cast<PyObject*>(Py_TYPE(o)), name);
+  return getattr(reinterpret_cast<PyObject*>(Py_TYPE(o)), id<"__name__">());
 }
 
 void raise_from(PyObject* type, const char* message) {

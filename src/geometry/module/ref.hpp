@@ -86,11 +86,19 @@ struct Literal {
   constexpr Literal(const char (&s)[N]) { std::copy_n(s, N, text); }
 };
 
-// The interned str object for a name; made at first use and kept for the process.
+// An object made at its first use and kept for the process in `cache`; a failed making
+// (no memory) raises and is tried again at the next use, rather than kept as nothing.
+template <typename Make>
+PyObject* kept(PyObject*& cache, Make&& make) {
+  if (!cache) cache = check(make()).release();
+  return cache;
+}
+
+// The interned str object for a name.
 template <Literal L>
 PyObject* id() {
-  static PyObject* const name = PyUnicode_InternFromString(L.text);
-  return name;
+  static PyObject* name = nullptr;
+  return kept(name, [] { return PyUnicode_InternFromString(L.text); });
 }
 
 }  // namespace ostrel
