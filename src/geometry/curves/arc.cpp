@@ -14,9 +14,8 @@ namespace ostrel {
 namespace {
 
 ClassGuard guard{"Arc"};
-Natives natives{{}, {&guard, &point_class()}};
-Natives discretize_natives{
-    {"np", "cartesian_to_spherical", "spherical_to_cartesian"}, {}, {&natives, &point_natives()}};
+Natives natives{{&guard, &point_class()}};
+Natives discretize_natives{{}, {&natives, &point_natives()}};
 
 Ref field(PyObject* self, PyObject* name) { return getattr(self, name); }
 

@@ -19,21 +19,18 @@ namespace {
 
 using kernel::Segment;
 
-// What each native path stands in for: the module globals its documented steps call
-// and the classes whose members they use. A path that calls another's function names
-// that path's set instead of repeating it.
-Natives line_function_natives{{"get_line_function_parameters", "np"}};
-Natives with_x_natives{{}, {&point_class()}, {&line_function_natives}};
-Natives extended_lines_natives{
-    {"line_is_vertical", "calculate_intersection_extended_line_with_x"}, {}, {&with_x_natives}};
-Natives between_bounds_natives{{"_between_bounds"}};
-Natives bounded_with_y_natives{
-    {"calculate_intersection_extended_line_with_y", "_between_bounds"}, {}, {&line_function_natives}};
-Natives bounded_extended_natives{
-    {"calculate_intersection_extended_lines", "line_is_horizontal", "_between_bounds"}, {}, {&extended_lines_natives}};
-Natives bounded_lines_natives_set{{"calculate_intersection_bounded_line_extended_line"}, {}, {&bounded_extended_natives}};
+// What each native path stands in for: the classes whose members its documented steps
+// use (the module globals they look up are guarded for all paths at once). A path that
+// calls another's function names that path's set instead of repeating it.
+Natives line_function_natives;
+Natives with_x_natives{{&point_class()}};
+Natives extended_lines_natives{{}, {&with_x_natives}};
+Natives between_bounds_natives;
+Natives bounded_with_y_natives;
+Natives bounded_extended_natives{{}, {&extended_lines_natives}};
+Natives bounded_lines_natives_set{{}, {&bounded_extended_natives}};
 // point_is_on_bounded_line makes a Line and a Point and calls their members.
-Natives on_bounded_line_natives_set{{}, {&vector_class()}, {&line_natives()}};
+Natives on_bounded_line_natives_set{{&vector_class()}, {&line_natives()}};
 
 // Everything a native path needs: its lines read (in the xy plane alone where the
 // computation never looks at z), the tolerances, and where it takes one, the truth of

@@ -23,11 +23,11 @@ namespace {
 using kernel::Segment;
 
 ClassGuard guard{"Line"};
-Natives natives{{}, {&guard, &point_class()}};
+Natives natives{{&guard, &point_class()}};
 // What the native collinear stands in for: base.vector_to(p).normalize() and friends.
-Natives collinear_natives{{}, {&vector_class()}, {&point_natives()}};
+Natives collinear_natives{{&vector_class()}, {&point_natives()}};
 // What the native find_overlap stands in for.
-Natives overlap_natives{{"find_overlap", "np"}, {}, {&natives}};
+Natives overlap_natives{{}, {&natives}};
 
 Ref start_of(PyObject* line) { return getattr(line, id<"_start_point">()); }
 Ref end_of(PyObject* line) { return getattr(line, id<"_end_point">()); }

@@ -9,13 +9,9 @@ namespace ostrel {
 
 namespace {
 
-// The module globals the documented steps of Polyline call, directly or through the
-// line functions, and the classes whose members they use.
-Natives natives{{"Line", "Point", "_current_next", "calculate_intersection_bounded_lines",
-                 "calculate_intersection_bounded_line_extended_line", "calculate_intersection_extended_lines",
-                 "calculate_intersection_extended_line_with_x", "get_line_function_parameters", "line_is_vertical",
-                 "line_is_horizontal", "_between_bounds", "point_is_on_bounded_line", "find_overlap", "np", "math"},
-                {&polyline_class(), &point_class(), &line_class(), &vector_class()}};
+// The classes whose members the documented steps of Polyline use, directly or through
+// the line functions.
+Natives natives{{&polyline_class(), &point_class(), &line_class(), &vector_class()}};
 
 }  // namespace
 

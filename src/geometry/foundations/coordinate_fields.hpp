@@ -18,7 +18,7 @@ template <Literal X, Literal Y, Literal Z, Literal ClassName>
 struct CoordinateFields {
   static inline ClassGuard guard{ClassName.text};
   // `ClassName(...)` makes an instance of exactly the guarded class, unchanged.
-  static inline Natives natives{{}, {&guard}};
+  static inline Natives natives{{&guard}};
 
   static Ref x_of(PyObject* o) { return getattr(o, id<X>()); }
   static Ref y_of(PyObject* o) { return getattr(o, id<Y>()); }

@@ -21,7 +21,7 @@ namespace {
 
 ClassGuard guard{"RDWGSConverter"};
 // The steps read the reference point through the module global of the class.
-Natives natives{{}, {&guard}};
+Natives natives{{&guard}};
 
 using Pair = std::array<double, 2>;
 

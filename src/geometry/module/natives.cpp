@@ -34,55 +34,56 @@ unsigned long long globals_generation() {
 #endif
 }
 
-Natives::Natives(std::initializer_list<const char*> globals, std::initializer_list<const ClassGuard*> classes,
-                 std::initializer_list<const Natives*> includes)
-    : names_(globals), classes_(classes), includes_(includes) {
+namespace {
+
+// Every name of the namespace at the end of import and the object it held, both held
+// for the life of the process.
+std::vector<std::pair<PyObject*, PyObject*>>& imported() {
+  static std::vector<std::pair<PyObject*, PyObject*>> entries;
+  return entries;
+}
+
+}  // namespace
+
+bool globals_as_imported() {
+  // Compared again only when the namespace has changed since the last comparison.
+  static unsigned long long compared = 0;
+  static bool same = false;
+  const unsigned long long now = globals_generation();
+  if (now == compared) return same;
+  PyObject* dict = module_dict();
+  same = true;
+  for (const auto& [key, value] : imported()) {
+    // A str key: the lookup cannot run a caller's code or fail.
+    if (PyDict_GetItem(dict, key) != value) {
+      same = false;
+      break;
+    }
+  }
+  compared = now;
+  return same;
+}
+
+Natives::Natives(std::initializer_list<const ClassGuard*> classes, std::initializer_list<const Natives*> includes)
+    : classes_(classes), includes_(includes) {
   registry().push_back(this);
 }
 
-void Natives::collect(std::vector<const char*>& names, std::vector<const ClassGuard*>& classes) const {
-  for (const Natives* included : includes_) included->collect(names, classes);
-  for (const char* name : names_)
-    if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+void Natives::collect(std::vector<const ClassGuard*>& classes) const {
+  for (const Natives* included : includes_) included->collect(classes);
   for (const ClassGuard* guard : classes_)
     if (std::find(classes.begin(), classes.end(), guard) == classes.end()) classes.push_back(guard);
 }
 
-void Natives::capture(PyObject* dict) {
-  // The included sets are folded in, so that hold() walks one flat list.
-  std::vector<const char*> names;
-  collect(names, all_classes_);
-  complete_ = true;
-  // A class's own name must hold the class as built.
-  for (const ClassGuard* guard : all_classes_) {
-    names.push_back(guard->name());
-    if (!guard->cls()) complete_ = false;
-  }
-  for (const char* name : names) {
-    // Both references are kept for the life of the process.
-    PyObject* key = check(PyUnicode_InternFromString(name)).release();
-    PyObject* value = PyDict_GetItemWithError(dict, key);
-    if (!value) {
-      if (PyErr_Occurred()) throw PyError{};
-      complete_ = false;
-    }
-    Py_XINCREF(value);
-    entries_.emplace_back(key, value);
-  }
+void Natives::capture() {
+  collect(all_classes_);
+  complete_ = std::all_of(all_classes_.begin(), all_classes_.end(), [](const ClassGuard* g) { return g->cls(); });
 }
 
 bool Natives::hold() const {
-  if (!complete_) return false;
+  if (!complete_ || !globals_as_imported()) return false;
   for (const ClassGuard* guard : all_classes_)
     if (!guard->intact()) return false;
-  const unsigned long long now = globals_generation();
-  if (now == checked_generation_) return true;
-  PyObject* dict = module_dict();
-  for (const auto& [key, value] : entries_) {
-    // An interned str key: the lookup cannot fail.
-    if (PyDict_GetItemWithError(dict, key) != value) return false;
-  }
-  checked_generation_ = now;
   return true;
 }
 
@@ -92,7 +93,16 @@ void capture_natives() {
   const int watcher = static_cast<int>(check(PyDict_AddWatcher(count_change)));
   check(PyDict_Watch(watcher, dict));
 #endif
-  for (Natives* n : registry()) n->capture(dict);
+  Py_ssize_t position = 0;
+  PyObject *key, *value;
+  while (PyDict_Next(dict, &position, &key, &value)) {
+    // The tolerances are values the native paths read at each call, as the steps do.
+    if (PyUnicode_CompareWithASCIIString(key, "ISCLOSE_ATOL") == 0 ||
+        PyUnicode_CompareWithASCIIString(key, "ISCLOSE_RTOL") == 0)
+      continue;
+    imported().emplace_back(new_ref(key), new_ref(value));
+  }
+  for (Natives* n : registry()) n->capture();
 }
 
 }  // namespace ostrel

@@ -18,7 +18,7 @@ namespace {
 ClassGuard guard{"ArcRevolve"};
 // The radius is Vector.magnitude of centre_point.vector_to(start_point); the profile
 // walks the discretised arc with _current_next.
-Natives natives{{"_current_next"}, {&guard, &vector_class()}, {&arc_discretize_natives()}};
+Natives natives{{&guard, &vector_class()}, {&arc_discretize_natives()}};
 constexpr double pi = std::numbers::pi;
 
 enum class Init { self, arc, args, rotation_angle, material, kwargs };

@@ -23,11 +23,8 @@ namespace ostrel {
 
 namespace {
 
-// The module globals the documented steps of the checks and of the clipping call by
-// name, and the classes whose members they use.
-Natives natives{{"Line", "Point", "Triangle", "circumference_is_clockwise", "_current_next",
-                 "calculate_intersection_bounded_lines", "point_is_on_bounded_line"},
-                {&point_class(), &line_class(), &triangle_class(), &vector_class()},
+// The classes whose members the documented steps of the checks and of the clipping use.
+Natives natives{{&point_class(), &line_class(), &triangle_class(), &vector_class()},
                 {&bounded_lines_natives(), &on_bounded_line_natives(), &line_collinear_natives()}};
 
 bool finite(const Vec3& p) { return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z); }

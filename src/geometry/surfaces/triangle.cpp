@@ -27,7 +27,7 @@ namespace {
 ClassGuard guard{"Triangle"};
 // Point.vector_to makes a Vector through the module global: still the module's own,
 // unchanged class, with its own cross and magnitude.
-Natives area_natives{{}, {&vector_class()}};
+Natives area_natives{{&vector_class()}};
 
 // `obj.name` is the method of its class, not an attribute of the instance that hides it.
 bool unshadowed(PyObject* obj, PyObject* name) {
