@@ -7,6 +7,7 @@
 #include "foundations/indexing.hpp"
 #include "foundations/tolerance.hpp"
 #include "foundations/vec3_kernel.hpp"
+#include "module/boundary.hpp"
 #include "module/class_builder.hpp"
 #include "module/globals.hpp"
 #include "module/lazy_iterator.hpp"
@@ -58,6 +59,18 @@ struct CoordinateFields {
     return none();
   }
 
+  // The class's own slots for a call of the class and for == and != of two instances:
+  // while the class is as built and the arguments are plain, they do at once what
+  // __init__ and __eq__ do; anything else takes the host's own protocol, which runs them.
+  // A modified class has its slots set anew by the host (a subclass too), and the guard
+  // turns these away meanwhile.
+  static void install_slots() {
+    PyTypeObject* type = reinterpret_cast<PyTypeObject*>(guard.cls());
+    host_compare = type->tp_richcompare;
+    type->tp_richcompare = richcompare;
+    type->tp_vectorcall = construct;
+  }
+
   static constexpr const char* getitem_signature = "(index: int) -> float";
   enum class GetItem { self, index };
   static Ref get_coordinate(const Args& a) {
@@ -91,6 +104,59 @@ struct CoordinateFields {
   }
 
  private:
+  static inline richcmpfunc host_compare = nullptr;
+
+  // A number that float() turns into a value without running any code: an exact float,
+  // int or bool.
+  static std::optional<double> exact_number(PyObject* o) {
+    if (PyFloat_CheckExact(o)) return PyFloat_AS_DOUBLE(o);
+    if (!PyLong_CheckExact(o) && !PyBool_Check(o)) return std::nullopt;
+    const double v = PyLong_AsDouble(o);
+    if (v == -1.0 && PyErr_Occurred()) {
+      PyErr_Clear();  // too large: the host's call raises its own OverflowError
+      return std::nullopt;
+    }
+    return v;
+  }
+
+  static PyObject* construct(PyObject* type, PyObject* const* args, size_t nargsf, PyObject* kwnames) {
+    const Py_ssize_t n = PyVectorcall_NARGS(nargsf);
+    if (!kwnames && (n == 2 || n == 3) && type == guard.cls() && guard.intact()) {
+      double c[3] = {0.0, 0.0, 0.0};
+      Py_ssize_t read = 0;
+      for (; read < n; ++read) {
+        const auto v = exact_number(args[read]);
+        if (!v) break;
+        c[read] = *v;
+      }
+      if (read == n) return enter([&] { return fresh({c[0], c[1], c[2]}); });
+    }
+    return enter([&] {
+      Ref positional = check(PyTuple_New(n));
+      for (Py_ssize_t i = 0; i < n; ++i) PyTuple_SET_ITEM(positional.get(), i, new_ref(args[i]));
+      Ref keywords;
+      if (kwnames) {
+        keywords = check(PyDict_New());
+        for (Py_ssize_t i = 0; i < PyTuple_GET_SIZE(kwnames); ++i)
+          check(PyDict_SetItem(keywords.get(), PyTuple_GET_ITEM(kwnames, i), args[n + i]));
+      }
+      return check(PyType_Type.tp_call(type, positional.get(), keywords.get()));
+    });
+  }
+
+  static PyObject* richcompare(PyObject* self, PyObject* other, int op) {
+    if ((op == Py_EQ || op == Py_NE) && guard.admits(self) && guard.admits(other)) {
+      double mine[3], theirs[3];
+      const auto t = natives.hold() ? native_tolerances() : std::nullopt;
+      if (t && read_floats(guard, self, {id<X>(), id<Y>(), id<Z>()}, mine) &&
+          read_floats(guard, other, {id<X>(), id<Y>(), id<Z>()}, theirs)) {
+        const bool equal = kernel::coincide({mine[0], mine[1], mine[2]}, {theirs[0], theirs[1], theirs[2]}, t->module);
+        return new_ref(equal == (op == Py_EQ) ? Py_True : Py_False);
+      }
+    }
+    return host_compare(self, other, op);
+  }
+
   // The float the constructor stores for an argument: an exact float argument is
   // already that value.
   static Ref stored_float(const Args& a, Init i) {

@@ -139,6 +139,7 @@ void define_point() {
        y_member, z_member, coordinates_member, copy_member, coincides_with_member, vector_to_member,
        get_local_coordinates_member},
       &F::guard);
+  F::install_slots();
 }
 
 }  // namespace ostrel

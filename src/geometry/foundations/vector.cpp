@@ -200,6 +200,7 @@ void define_vector() {
        add_member, sub_member, multiply_member, rmultiply_member, squared_magnitude_member, magnitude_member,
        coordinates_member, normalize_member, dot_member, cross_member},
       &F::guard);
+  F::install_slots();
 }
 
 }  // namespace ostrel
