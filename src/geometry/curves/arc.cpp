@@ -7,6 +7,7 @@
 #include "curves/line.hpp"
 #include "module/class_builder.hpp"
 #include "module/globals.hpp"
+#include "module/native_path.hpp"
 #include "module/objects.hpp"
 
 namespace ostrel {
@@ -101,9 +102,12 @@ Ref two_pi() {
 
 Ref angle(const Args& a) {
   PyObject* self = a.self();
-  HeldArc held;
-  if (natives.hold() && hold_arc(self, held))
-    return new_float(kernel::arc_angle(kernel::arc_thetas(held.points), held.short_arc));
+  if (Ref r = native_path(natives, [&] {
+        HeldArc held;
+        return hold_arc(self, held) ? new_float(kernel::arc_angle(kernel::arc_thetas(held.points), held.short_arc))
+                                    : Ref{};
+      }))
+    return r;
   Ref pair = getattr(self, id<"theta1_theta2">());
   Ref thetas[2];
   unpack(pair.get(), 2, thetas);
@@ -138,12 +142,14 @@ Ref relative(PyObject* self, PyObject* point_name, PyObject* c) {
 
 Ref theta1_theta2(const Args& a) {
   PyObject* self = a.self();
-  HeldArc held;
-  if (natives.hold() && hold_arc(self, held)) {
-    const kernel::Thetas t = kernel::arc_thetas(held.points);
-    Ref t1 = new_float(t.theta1), t2 = new_float(t.theta2);
-    return tuple({t1.get(), t2.get()});
-  }
+  if (Ref r = native_path(natives, [&] {
+        HeldArc held;
+        if (!hold_arc(self, held)) return Ref{};
+        const kernel::Thetas t = kernel::arc_thetas(held.points);
+        Ref t1 = new_float(t.theta1), t2 = new_float(t.theta2);
+        return tuple({t1.get(), t2.get()});
+      }))
+    return r;
   Ref start_x = relative(self, id<"start_point">(), id<"x">());
   Ref start_y = relative(self, id<"start_point">(), id<"y">());
   Ref end_x = relative(self, id<"end_point">(), id<"x">());
@@ -262,21 +268,23 @@ Ref discretize(const Args& a) {
   PyObject *self = a.self(), *num = a[Discretize::num];
   Ref two = new_int(2);
   if (compares(num, two.get(), Py_LT)) raise(PyExc_ValueError, "Provides at least two points (start and end)");
-  HeldArc held;
-  if (PyLong_CheckExact(num) && discretize_natives.hold() && hold_arc(self, held)) {
-    // Larger counts take the documented steps, whose NumPy allocation reports its own
-    // MemoryError where the count is more than memory holds.
-    constexpr Py_ssize_t native_limit = Py_ssize_t{1} << 20;
-    const Py_ssize_t n = PyLong_AsSsize_t(num);
-    if (n == -1) PyErr_Clear();
-    std::vector<Vec3> coordinates;
-    if (n >= 2 && n <= native_limit &&
-        kernel::discretize_arc(held.points, held.short_arc, static_cast<size_t>(n), coordinates)) {
-      Ref points = check(PyList_New(n));
-      for (Py_ssize_t i = 0; i < n; ++i) PyList_SET_ITEM(points.get(), i, make_point(coordinates[i]).release());
-      return points;
-    }
-  }
+  if (Ref r = native_path(discretize_natives, [&] {
+        HeldArc held;
+        if (!PyLong_CheckExact(num) || !hold_arc(self, held)) return Ref{};
+        // Larger counts take the documented steps, whose NumPy allocation reports its own
+        // MemoryError where the count is more than memory holds.
+        constexpr Py_ssize_t native_limit = Py_ssize_t{1} << 20;
+        const Py_ssize_t n = PyLong_AsSsize_t(num);
+        if (n == -1) PyErr_Clear();
+        std::vector<Vec3> coordinates;
+        if (n < 2 || n > native_limit ||
+            !kernel::discretize_arc(held.points, held.short_arc, static_cast<size_t>(n), coordinates))
+          return Ref{};
+        Ref points = check(PyList_New(n));
+        for (Py_ssize_t i = 0; i < n; ++i) PyList_SET_ITEM(points.get(), i, make_point(coordinates[i]).release());
+        return points;
+      }))
+    return r;
   return discretize_steps(self, num);
 }
 constexpr Member discretize_member =

@@ -10,6 +10,7 @@
 #include "foundations/vector.hpp"
 #include "module/class_builder.hpp"
 #include "module/globals.hpp"
+#include "module/native_path.hpp"
 #include "module/objects.hpp"
 #include "module/star_call.hpp"
 
@@ -43,9 +44,8 @@ struct NativeInputs {
 
 enum class Reading { xy, xyz };
 
-std::optional<NativeInputs> native_inputs(const Natives& natives, Reading reading, PyObject* first,
-                                          PyObject* second = nullptr, PyObject* inclusive = Py_True) {
-  if (!natives.hold()) return std::nullopt;
+std::optional<NativeInputs> native_inputs(Reading reading, PyObject* first, PyObject* second = nullptr,
+                                          PyObject* inclusive = Py_True) {
   const auto include = plain_truth(inclusive);
   if (!include) return std::nullopt;
   const auto read = reading == Reading::xy ? read_line_xy : read_line;
@@ -74,8 +74,13 @@ Ref between_result(kernel::Bound b, PyObject* inclusive) {
 
 enum class ExtendedLineWithY { line, y_intersection };
 Ref extended_line_with_y(const Args& a) {
-  if (const auto in = native_inputs(line_function_natives, Reading::xy, a[ExtendedLineWithY::line]))
-    return new_float(kernel::intersection_extended_line_with_y(in->first, a.num(ExtendedLineWithY::y_intersection)));
+  if (Ref r = native_path(line_function_natives, [&] {
+        const auto in = native_inputs(Reading::xy, a[ExtendedLineWithY::line]);
+        return in ? new_float(kernel::intersection_extended_line_with_y(in->first,
+                                                                        a.num(ExtendedLineWithY::y_intersection)))
+                  : Ref{};
+      }))
+    return r;
   Ref ab[2];
   line_function_of(a[ExtendedLineWithY::line], ab);
   Ref y = new_float(a.num(ExtendedLineWithY::y_intersection));
@@ -89,11 +94,14 @@ constexpr Member extended_line_with_y_member = function(
 
 enum class BoundedLineWithY { line, y_intersection };
 Ref bounded_line_with_y(const Args& a) {
-  if (const auto in = native_inputs(bounded_with_y_natives, Reading::xy, a[BoundedLineWithY::line])) {
-    const auto x = kernel::intersection_bounded_line_with_y(in->first, a.num(BoundedLineWithY::y_intersection),
-                                                            in->tolerances.abs);
-    return x ? new_float(*x) : none();
-  }
+  if (Ref r = native_path(bounded_with_y_natives, [&] {
+        const auto in = native_inputs(Reading::xy, a[BoundedLineWithY::line]);
+        if (!in) return Ref{};
+        const auto x = kernel::intersection_bounded_line_with_y(in->first, a.num(BoundedLineWithY::y_intersection),
+                                                                in->tolerances.abs);
+        return x ? new_float(*x) : none();
+      }))
+    return r;
   Ref extended = global<"calculate_intersection_extended_line_with_y">();
   Ref y = new_float(a.num(BoundedLineWithY::y_intersection));
   Ref x = call(extended.get(), {a[BoundedLineWithY::line], y.get()});
@@ -133,7 +141,7 @@ constexpr Member between_bounds_function_member = function(
 enum class BetweenBoundsByName { value, bound1, bound2, inclusive };
 Ref between_bounds_by_name(const Args& a) {
   using P = BetweenBoundsByName;
-  if (between_bounds_natives.hold()) return between_bounds_function(a);
+  if (Ref r = native_path(between_bounds_natives, [&] { return between_bounds_function(a); })) return r;
   Ref between = global<"_between_bounds">();
   Ref v = new_float(a.num(P::value)), v1 = new_float(a.num(P::bound1)), v2 = new_float(a.num(P::bound2));
   return call(between.get(), {v.get(), v1.get(), v2.get(), a[P::inclusive]});
@@ -162,17 +170,17 @@ enum class PointIsOnBoundedLine { point, line, inclusive };
 Ref point_is_on_bounded_line(const Args& a) {
   PyObject *point = a[PointIsOnBoundedLine::point], *line = a[PointIsOnBoundedLine::line],
            *inclusive = a[PointIsOnBoundedLine::inclusive];
-  if (on_bounded_line_natives_set.hold()) {
-    const auto p = read_point_like(point);
-    const auto s = p ? read_line_like(line) : std::nullopt;
-    if (const auto t = s ? native_tolerances() : std::nullopt) {
-      if (kernel::coincide(s->start, s->end, t->module))
-        raise(PyExc_ValueError, "Start and end point may not coincide");
-      const kernel::OnSegment on = kernel::point_on_bounded_line(*p, *s, t->module);
-      if (on == kernel::OnSegment::at_end) return Ref::borrow(inclusive);
-      return boolean(on == kernel::OnSegment::within);
-    }
-  }
+  if (Ref r = native_path(on_bounded_line_natives_set, [&] {
+        const auto p = read_point_like(point);
+        const auto s = p ? read_line_like(line) : std::nullopt;
+        const auto t = s ? native_tolerances() : std::nullopt;
+        if (!t) return Ref{};
+        if (kernel::coincide(s->start, s->end, t->module))
+          raise(PyExc_ValueError, "Start and end point may not coincide");
+        const kernel::OnSegment on = kernel::point_on_bounded_line(*p, *s, t->module);
+        return on == kernel::OnSegment::at_end ? Ref::borrow(inclusive) : boolean(on == kernel::OnSegment::within);
+      }))
+    return r;
   Ref point_cls = global<"Point">();
   Ref p = star_call(point_cls.get(), point);
   Ref line_cls = global<"Line">();
@@ -203,8 +211,12 @@ constexpr Member point_is_on_bounded_line_member =
 
 enum class ExtendedLineWithX { line, x };
 Ref extended_line_with_x(const Args& a) {
-  if (const auto in = native_inputs(with_x_natives, Reading::xy, a[ExtendedLineWithX::line]))
-    return make_point(kernel::intersection_extended_line_with_x(in->first, a.num(ExtendedLineWithX::x)));
+  if (Ref r = native_path(with_x_natives, [&] {
+        const auto in = native_inputs(Reading::xy, a[ExtendedLineWithX::line]);
+        return in ? make_point(kernel::intersection_extended_line_with_x(in->first, a.num(ExtendedLineWithX::x)))
+                  : Ref{};
+      }))
+    return r;
   Ref ab[2];
   line_function_of(a[ExtendedLineWithX::line], ab);
   Ref point_cls = global<"Point">();
@@ -241,8 +253,12 @@ Ref at_x_of(PyObject* line, PyObject* other) {
 enum class ExtendedLines { extended_line1, extended_line2 };
 Ref extended_lines(const Args& a) {
   PyObject *line1 = a[ExtendedLines::extended_line1], *line2 = a[ExtendedLines::extended_line2];
-  if (const auto in = native_inputs(extended_lines_natives, Reading::xy, line1, line2))
-    return point_or_none(kernel::intersection_extended_lines(in->first, in->second, in->tolerances.abs));
+  if (Ref r = native_path(extended_lines_natives, [&] {
+        const auto in = native_inputs(Reading::xy, line1, line2);
+        return in ? point_or_none(kernel::intersection_extended_lines(in->first, in->second, in->tolerances.abs))
+                  : Ref{};
+      }))
+    return r;
   if (is_vertical_by_name(line1) && is_vertical_by_name(line2)) return none();
   if (is_vertical_by_name(line1)) return at_x_of(line2, line1);
   if (is_vertical_by_name(line2)) return at_x_of(line1, line2);
@@ -281,9 +297,13 @@ enum class BoundedLineExtendedLine { bounded_line, extended_line, inclusive };
 Ref bounded_line_extended_line(const Args& a) {
   PyObject *s = a[BoundedLineExtendedLine::bounded_line], *extended = a[BoundedLineExtendedLine::extended_line],
            *inclusive = a[BoundedLineExtendedLine::inclusive];
-  if (const auto in = native_inputs(bounded_extended_natives, Reading::xyz, s, extended, inclusive))
-    return point_or_none(
-        kernel::intersection_bounded_line_extended_line(in->first, in->second, in->inclusive, in->tolerances));
+  if (Ref r = native_path(bounded_extended_natives, [&] {
+        const auto in = native_inputs(Reading::xyz, s, extended, inclusive);
+        return in ? point_or_none(kernel::intersection_bounded_line_extended_line(in->first, in->second,
+                                                                                  in->inclusive, in->tolerances))
+                  : Ref{};
+      }))
+    return r;
   Ref lines = global<"calculate_intersection_extended_lines">();
   Ref p = call(lines.get(), {s, extended});
   if (p.get() == Py_None) return p;
@@ -323,24 +343,23 @@ enum class BoundedLines { bounded_line1, bounded_line2, inclusive };
 Ref bounded_lines(const Args& a) {
   PyObject *line1 = a[BoundedLines::bounded_line1], *line2 = a[BoundedLines::bounded_line2],
            *inclusive = a[BoundedLines::inclusive];
-  if (bounded_lines_natives_set.hold())
-    if (const auto include = plain_truth(inclusive)) {
-      // Most pairs part at the bounding boxes, which need no z.
-      HeldLine first, second;
-      if (hold_line_xy(line1, first) && hold_line_xy(line2, second)) {
+  if (Ref r = native_path(bounded_lines_natives_set, [&] {
+        const auto include = plain_truth(inclusive);
+        // Most pairs part at the bounding boxes, which need no z.
+        HeldLine first, second;
+        if (!include || !hold_line_xy(line1, first) || !hold_line_xy(line2, second)) return Ref{};
         if (kernel::bounding_boxes_apart(first.segment, second.segment, *include)) return none();
         const auto t = read_z(first) && read_z(second) ? native_tolerances() : std::nullopt;
-        if (t) {
-          using kernel::Crossing;
-          const Crossing c = kernel::intersection_bounded_lines(first.segment, second.segment, *include, *t);
-          if (c.kind == Crossing::Kind::mismatch) {
-            PyErr_SetNone(PyExc_ValueError);
-            throw PyError{};
-          }
-          return c.kind == Crossing::Kind::point ? make_point(c.point) : none();
+        if (!t) return Ref{};
+        using kernel::Crossing;
+        const Crossing c = kernel::intersection_bounded_lines(first.segment, second.segment, *include, *t);
+        if (c.kind == Crossing::Kind::mismatch) {
+          PyErr_SetNone(PyExc_ValueError);
+          throw PyError{};
         }
-      }
-    }
+        return c.kind == Crossing::Kind::point ? make_point(c.point) : none();
+      }))
+    return r;
   Ref x_vals1 = values(line1, id<"x">()), y_vals1 = values(line1, id<"y">());
   Ref x_vals2 = values(line2, id<"x">()), y_vals2 = values(line2, id<"y">());
   const bool include = truth(inclusive);

@@ -12,6 +12,7 @@
 #include "foundations/vector.hpp"
 #include "module/class_builder.hpp"
 #include "module/globals.hpp"
+#include "module/native_path.hpp"
 #include "module/lazy_iterator.hpp"
 #include "module/objects.hpp"
 #include "module/star_call.hpp"
@@ -34,19 +35,22 @@ Ref end_of(PyObject* line) { return getattr(line, id<"_end_point">()); }
 
 // Point(*point).
 Ref copy_point(PyObject* point) {
-  if (point_natives().hold())
-    if (const auto p = read_point_like(point)) return make_point(*p);
+  if (Ref r = native_path(point_natives(), [&] {
+        const auto p = read_point_like(point);
+        return p ? make_point(*p) : Ref{};
+      }))
+    return r;
   Ref cls = global<"Point">();
   return star_call(cls.get(), point);
 }
 
 // The truth of `a == b` for two points.
 bool points_equal(PyObject* a, PyObject* b) {
-  if (point_natives().hold()) {
+  Ref equal = native_path(point_natives(), [&] {
     const auto pa = read_point(a), pb = pa ? read_point(b) : std::nullopt;
-    if (pb) return kernel::coincide(*pa, *pb, module_tolerance());
-  }
-  return compares(a, b, Py_EQ);
+    return pb ? boolean(kernel::coincide(*pa, *pb, module_tolerance())) : Ref{};
+  });
+  return equal ? equal.get() == Py_True : compares(a, b, Py_EQ);
 }
 
 enum class Init { self, start_point, end_point };
@@ -124,15 +128,16 @@ constexpr Member direction_member =
 enum class Collinear { self, point };
 Ref collinear(const Args& a) {
   PyObject *self = a.self(), *point = a[Collinear::point];
-  if (collinear_natives.hold()) {
-    // base.vector_to(p) is called on one of the line's own points.
-    const auto p = read_point_like(point);
-    HeldLine held;
-    const bool read = p && hold_line_xy(self, held) && read_z(held) && holds_only_fields(held.start.get(), 3) &&
-                      holds_only_fields(held.end.get(), 3);
-    if (const auto t = read ? native_tolerances() : std::nullopt)
-      return boolean(kernel::collinear(held.segment, *p, t->module));
-  }
+  if (Ref r = native_path(collinear_natives, [&] {
+        // base.vector_to(p) is called on one of the line's own points.
+        const auto p = read_point_like(point);
+        HeldLine held;
+        const bool read = p && hold_line_xy(self, held) && read_z(held) && holds_only_fields(held.start.get(), 3) &&
+                          holds_only_fields(held.end.get(), 3);
+        const auto t = read ? native_tolerances() : std::nullopt;
+        return t ? boolean(kernel::collinear(held.segment, *p, t->module)) : Ref{};
+      }))
+    return r;
   Ref cls = global<"Point">();
   Ref p = star_call(cls.get(), point);
   Ref start = start_of(self);
@@ -256,19 +261,16 @@ Ref get_line_function_parameters(const Args& a) {
     }
   }
   Ref slope;
-  try {
-    Ref ey = end_coordinate(self, id<"end_point">(), id<"y">());
-    Ref sy = end_coordinate(self, id<"start_point">(), id<"y">());
-    Ref dy = sub(ey.get(), sy.get());
-    Ref ex = end_coordinate(self, id<"end_point">(), id<"x">());
-    Ref sx = end_coordinate(self, id<"start_point">(), id<"x">());
-    Ref dx = sub(ex.get(), sx.get());
-    slope = div(dy.get(), dx.get());
-  } catch (const PyError&) {
-    if (!PyErr_ExceptionMatches(PyExc_ZeroDivisionError)) throw;
-    PyErr_Clear();
+  if (raises(PyExc_ZeroDivisionError, [&] {
+        Ref ey = end_coordinate(self, id<"end_point">(), id<"y">());
+        Ref sy = end_coordinate(self, id<"start_point">(), id<"y">());
+        Ref dy = sub(ey.get(), sy.get());
+        Ref ex = end_coordinate(self, id<"end_point">(), id<"x">());
+        Ref sx = end_coordinate(self, id<"start_point">(), id<"x">());
+        Ref dx = sub(ex.get(), sx.get());
+        slope = div(dy.get(), dx.get());
+      }))
     slope = getattr(global<"np">().get(), id<"nan">());
-  }
   Ref sy = end_coordinate(self, id<"start_point">(), id<"y">());
   Ref sx = end_coordinate(self, id<"start_point">(), id<"x">());
   Ref product = mul(slope.get(), sx.get());
@@ -307,19 +309,18 @@ constexpr Member check_overlap_sign_y_member =
 // Line(Point(x0, ys[0]), Point(x1, ys[1])), or Point(x0, ys[0]) when that raises
 // ValueError: the two ends coincide.
 Ref line_or_point(PyObject* x0, PyObject* x1, PyObject* ys) {
-  try {
-    Ref line_cls = global<"Line">();
-    Ref point_cls = global<"Point">();
-    Ref y0 = getitem(ys, 0);
-    Ref start = call(point_cls.get(), {x0, y0.get()});
-    Ref point_cls_again = global<"Point">();
-    Ref y1 = getitem(ys, 1);
-    Ref end = call(point_cls_again.get(), {x1, y1.get()});
-    return call(line_cls.get(), {start.get(), end.get()});
-  } catch (const PyError&) {
-    if (!PyErr_ExceptionMatches(PyExc_ValueError)) throw;
-    PyErr_Clear();
-  }
+  Ref line;
+  if (!raises(PyExc_ValueError, [&] {
+        Ref line_cls = global<"Line">();
+        Ref point_cls = global<"Point">();
+        Ref y0 = getitem(ys, 0);
+        Ref start = call(point_cls.get(), {x0, y0.get()});
+        Ref point_cls_again = global<"Point">();
+        Ref y1 = getitem(ys, 1);
+        Ref end = call(point_cls_again.get(), {x1, y1.get()});
+        line = call(line_cls.get(), {start.get(), end.get()});
+      }))
+    return line;
   Ref point_cls = global<"Point">();
   Ref y0 = getitem(ys, 0);
   return call(point_cls.get(), {x0, y0.get()});
@@ -374,18 +375,19 @@ Ref sloped_overlap(PyObject* self, PyObject* other, PyObject* inclusive) {
 enum class FindOverlap { self, other, inclusive };
 Ref find_overlap(const Args& a) {
   PyObject *self = a.self(), *other = a[FindOverlap::other], *inclusive = a[FindOverlap::inclusive];
-  if (overlap_natives.hold()) {
-    const auto include = plain_truth(inclusive);
-    const auto mine = include ? read_line_xy(self) : std::nullopt;
-    const auto theirs = mine ? read_line_xy(other) : std::nullopt;
-    if (const auto t = theirs ? native_tolerances() : std::nullopt) {
-      using kernel::Overlap;
-      const Overlap o = kernel::find_overlap(*mine, *theirs, *include, *t);
-      if (o.kind == Overlap::Kind::point) return make_point(o.start);
-      if (o.kind == Overlap::Kind::line) return make_line({o.start, o.end});
-      return none();
-    }
-  }
+  if (Ref r = native_path(overlap_natives, [&] {
+        const auto include = plain_truth(inclusive);
+        const auto mine = include ? read_line_xy(self) : std::nullopt;
+        const auto theirs = mine ? read_line_xy(other) : std::nullopt;
+        const auto t = theirs ? native_tolerances() : std::nullopt;
+        if (!t) return Ref{};
+        using kernel::Overlap;
+        const Overlap o = kernel::find_overlap(*mine, *theirs, *include, *t);
+        if (o.kind == Overlap::Kind::point) return make_point(o.start);
+        if (o.kind == Overlap::Kind::line) return make_line({o.start, o.end});
+        return none();
+      }))
+    return r;
   Ref self_vertical = getattr(self, id<"vertical">());
   if (truth(self_vertical.get())) {
     Ref other_vertical = getattr(other, id<"vertical">());

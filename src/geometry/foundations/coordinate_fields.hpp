@@ -11,7 +11,7 @@
 #include "module/class_builder.hpp"
 #include "module/globals.hpp"
 #include "module/lazy_iterator.hpp"
-#include "module/natives.hpp"
+#include "module/native_path.hpp"
 
 namespace ostrel {
 

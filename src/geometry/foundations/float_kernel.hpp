@@ -20,6 +20,11 @@ struct ArithmeticFault {
   double a = 0.0, b = 0.0;  // the operands: numerator, or base and exponent
 };
 
+// Thrown by a kernel that meets a case it leaves to the documented steps: where they
+// would raise, or where the outcome is in doubt. The native path then gives nothing and
+// the steps run (module/native_path.hpp).
+struct TakeSteps {};
+
 // Float comparison with tolerance. The module uses three forms on purpose and they do
 // not agree near zero, so each call site names the form it uses: both module
 // tolerances (ISCLOSE_RTOL and ISCLOSE_ATOL); abs_tol=ISCLOSE_ATOL alone, rel_tol left

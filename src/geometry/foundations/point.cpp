@@ -58,7 +58,11 @@ constexpr Member coordinates_member =
     property("coordinates", "() -> np.ndarray", coordinates, "A new array of x, y and z.");
 
 Ref copy(const Args& a) {
-  if (const auto p = F::read(a.self())) return F::fresh(*p);
+  if (Ref r = native_path(F::natives, [&] {
+        const auto p = F::read(a.self());
+        return p ? F::fresh(*p) : Ref{};
+      }))
+    return r;
   Ref x = x_of(a.self()), y = y_of(a.self()), z = z_of(a.self());
   return call(reinterpret_cast<PyObject*>(Py_TYPE(a.self())), {x.get(), y.get(), z.get()});
 }
@@ -72,8 +76,11 @@ constexpr Member coincides_with_member =
 enum class VectorTo { self, point };
 Ref vector_to(const Args& a) {
   PyObject* point = a[VectorTo::point];
-  if (const auto to = F::read(point))
-    if (const auto from = F::read(a.self())) return make_vector(kernel::vector_between(*from, *to));
+  if (Ref r = native_path(F::natives, [&] {
+        const auto to = F::read(point), from = to ? F::read(a.self()) : std::nullopt;
+        return from ? make_vector(kernel::vector_between(*from, *to)) : Ref{};
+      }))
+    return r;
   Ref px = getitem(point, 0), sx = x_of(a.self());
   Ref dx = sub(px.get(), sx.get());
   Ref py = getitem(point, 1), sy = y_of(a.self());

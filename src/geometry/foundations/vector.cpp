@@ -38,7 +38,11 @@ Ref repr(const Args& a) {
 constexpr Member repr_member = method("__repr__", "() -> str", repr, "Vector(x, y, z).");
 
 Ref negative(const Args& a) {
-  if (const auto c = F::read(a.self())) return F::fresh({-c->x, -c->y, -c->z});
+  if (Ref r = native_path(F::natives, [&] {
+        const auto c = F::read(a.self());
+        return c ? F::fresh({-c->x, -c->y, -c->z}) : Ref{};
+      }))
+    return r;
   Ref x = x_of(a.self());
   Ref nx = neg(x.get());
   Ref y = y_of(a.self());
@@ -53,9 +57,11 @@ constexpr Member negative_member = method("__neg__", "() -> Vector", negative, "
 template <Ref (*op)(PyObject*, PyObject*), double (*op_double)(double, double)>
 Ref componentwise(const Args& a) {
   PyObject *self = a.self(), *other = a[Other::other];
-  if (const auto s = F::read(self))
-    if (const auto o = F::read(other))
-      return F::fresh({op_double(s->x, o->x), op_double(s->y, o->y), op_double(s->z, o->z)});
+  if (Ref r = native_path(F::natives, [&] {
+        const auto s = F::read(self), o = s ? F::read(other) : std::nullopt;
+        return o ? F::fresh({op_double(s->x, o->x), op_double(s->y, o->y), op_double(s->z, o->z)}) : Ref{};
+      }))
+    return r;
   Ref sx = x_of(self), ox = x_of(other);
   Ref x = op(sx.get(), ox.get());
   Ref sy = y_of(self), oy = y_of(other);
@@ -71,7 +77,11 @@ constexpr Member sub_member =
 
 Ref multiply(const Args& a) {
   const double f = a.num(Other::other);
-  if (const auto c = F::read(a.self())) return F::fresh({c->x * f, c->y * f, c->z * f});
+  if (Ref r = native_path(F::natives, [&] {
+        const auto c = F::read(a.self());
+        return c ? F::fresh({c->x * f, c->y * f, c->z * f}) : Ref{};
+      }))
+    return r;
   Ref factor = new_float(f);
   Ref sx = x_of(a.self());
   Ref x = mul(sx.get(), factor.get());
@@ -93,7 +103,11 @@ constexpr Member rmultiply_member =
     method("__rmul__", "(other: float) -> Vector", rmultiply, "The vector scaled by a number.");
 
 Ref squared_magnitude(const Args& a) {
-  if (const auto c = F::read(a.self())) return new_float(kernel::squared_magnitude(*c));
+  if (Ref r = native_path(F::natives, [&] {
+        const auto c = F::read(a.self());
+        return c ? new_float(kernel::squared_magnitude(*c)) : Ref{};
+      }))
+    return r;
   Ref x = x_of(a.self());
   Ref x2 = power(x.get(), 2);
   Ref y = y_of(a.self());
@@ -107,7 +121,11 @@ constexpr Member squared_magnitude_member =
     property("squared_magnitude", "() -> float", squared_magnitude, "x**2 + y**2 + z**2.");
 
 Ref magnitude(const Args& a) {
-  if (const auto c = F::read(a.self())) return new_float(kernel::magnitude(*c));
+  if (Ref r = native_path(F::natives, [&] {
+        const auto c = F::read(a.self());
+        return c ? new_float(kernel::magnitude(*c)) : Ref{};
+      }))
+    return r;
   Ref squared = getattr(a.self(), id<"squared_magnitude">());
   return new_float(kernel::math_sqrt(as_double(squared.get())));
 }
@@ -121,7 +139,11 @@ constexpr Member coordinates_member =
     property("coordinates", "() -> Tuple[float, float, float]", coordinates, "The tuple (x, y, z).");
 
 Ref normalize(const Args& a) {
-  if (const auto c = F::read(a.self())) return F::fresh(kernel::normalize(*c));
+  if (Ref r = native_path(F::natives, [&] {
+        const auto c = F::read(a.self());
+        return c ? F::fresh(kernel::normalize(*c)) : Ref{};
+      }))
+    return r;
   Ref magnitude = getattr(a.self(), id<"magnitude">());
   try {
     Ref x = x_of(a.self());
@@ -142,8 +164,11 @@ constexpr Member normalize_member =
 
 Ref dot(const Args& a) {
   PyObject *self = a.self(), *other = a[Other::other];
-  if (const auto s = F::read(self))
-    if (const auto o = F::read(other)) return new_float(s->x * o->x + s->y * o->y + s->z * o->z);
+  if (Ref r = native_path(F::natives, [&] {
+        const auto s = F::read(self), o = s ? F::read(other) : std::nullopt;
+        return o ? new_float(s->x * o->x + s->y * o->y + s->z * o->z) : Ref{};
+      }))
+    return r;
   Ref sx = x_of(self), ox = x_of(other);
   Ref xx = mul(sx.get(), ox.get());
   Ref sy = y_of(self), oy = y_of(other);
@@ -167,9 +192,12 @@ Ref difference_of_products(PyObject* first, Ref (*p)(PyObject*), PyObject* secon
 
 Ref cross(const Args& a) {
   PyObject *self = a.self(), *other = a[Other::other];
-  if (const auto s = F::read(self))
-    if (const auto o = F::read(other))
-      return F::fresh({s->y * o->z - s->z * o->y, s->z * o->x - s->x * o->z, s->x * o->y - s->y * o->x});
+  if (Ref r = native_path(F::natives, [&] {
+        const auto s = F::read(self), o = s ? F::read(other) : std::nullopt;
+        return o ? F::fresh({s->y * o->z - s->z * o->y, s->z * o->x - s->x * o->z, s->x * o->y - s->y * o->x})
+                 : Ref{};
+      }))
+    return r;
   Ref x = difference_of_products(self, y_of, other, z_of, z_of, y_of);
   Ref y = difference_of_products(self, z_of, other, x_of, x_of, z_of);
   Ref z = difference_of_products(self, x_of, other, y_of, y_of, x_of);

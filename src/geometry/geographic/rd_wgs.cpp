@@ -12,7 +12,7 @@
 #include "geographic/rd_wgs_kernel.hpp"
 #include "module/class_builder.hpp"
 #include "module/globals.hpp"
-#include "module/natives.hpp"
+#include "module/native_path.hpp"
 #include "module/objects.hpp"
 
 namespace ostrel {
@@ -40,8 +40,7 @@ std::optional<double> plain_number(PyObject* o) {
 
 // coords[0] and coords[1] of a tuple or list, read without running a caller's code.
 std::optional<Pair> read_pair(PyObject* coords) {
-  if (!natives.hold() || !(PyTuple_CheckExact(coords) || PyList_CheckExact(coords)) ||
-      PySequence_Fast_GET_SIZE(coords) < 2)
+  if (!(PyTuple_CheckExact(coords) || PyList_CheckExact(coords)) || PySequence_Fast_GET_SIZE(coords) < 2)
     return std::nullopt;
   const auto a = plain_number(PySequence_Fast_GET_ITEM(coords, 0));
   const auto b = a ? plain_number(PySequence_Fast_GET_ITEM(coords, 1)) : std::nullopt;
@@ -168,7 +167,8 @@ Ref convert(PyObject* coords, const Direction& d) {
   } else {
     bounds_steps(coords, d.domains, d.warnings, d.whole_bounds);
   }
-  if (pair && natives.hold()) return float_pair(d.series((*pair)[0], (*pair)[1]));
+  if (Ref r = native_path(natives, [&] { return pair ? float_pair(d.series((*pair)[0], (*pair)[1])) : Ref{}; }))
+    return r;
   return d.series_steps(coords);
 }
 

@@ -130,6 +130,20 @@ Ref power(PyObject* o, long n);
 inline Ref compare(PyObject* a, PyObject* b, int op) { return check(PyObject_RichCompare(a, b, op)); }
 inline bool compares(PyObject* a, PyObject* b, int op) { return truth(compare(a, b, op).get()); }
 
+// `try: body()` / `except <type>: ...` of the documented steps: whether `body` raised an
+// exception of `type`, which is then cleared; any other exception goes on.
+template <typename Body>
+bool raises(PyObject* type, Body&& body) {
+  try {
+    body();
+    return false;
+  } catch (const PyError&) {
+    if (!PyErr_ExceptionMatches(type)) throw;
+    PyErr_Clear();
+    return true;
+  }
+}
+
 // `first, second, ... = o`: exactly n items, with the host's unpacking errors.
 void unpack(PyObject* o, Py_ssize_t n, Ref* out);
 

@@ -8,6 +8,7 @@
 #include "foundations/vector.hpp"
 #include "module/class_builder.hpp"
 #include "module/globals.hpp"
+#include "module/native_path.hpp"
 #include "module/objects.hpp"
 #include "scene/arc_revolve_kernel.hpp"
 
@@ -154,7 +155,7 @@ Ref inner_volume_steps(PyObject* self) {
 
 // The arc and the rotation angle of an unchanged ArcRevolve, read natively.
 bool hold_revolve(PyObject* self, HeldArc& held, double& rotation_angle) {
-  if (!natives.hold() || !guard.admits(self)) return false;
+  if (!guard.admits(self)) return false;
   Ref dict = Ref::borrow(instance_dict(self));
   Ref arc = dict ? Ref::borrow(PyDict_GetItemWithError(dict.get(), id<"_arc">())) : Ref();
   Ref angle = arc ? Ref::borrow(PyDict_GetItemWithError(dict.get(), id<"_rotation_angle">())) : Ref();
@@ -167,22 +168,25 @@ bool hold_revolve(PyObject* self, HeldArc& held, double& rotation_angle) {
 }
 
 Ref inner_volume(const Args& a) {
-  HeldArc held;
-  double rotation_angle;
-  if (hold_revolve(a.self(), held, rotation_angle)) {
-    using Check = kernel::ArcVolume::Check;
-    const kernel::ArcVolume v = kernel::arc_inner_volume(held.points, held.short_arc, rotation_angle);
-    switch (v.check) {
-      case Check::long_arc:
-        raise(PyExc_ValueError, "Inner volume of arc-revolve is not defined when using long arc");
-      case Check::opposite_sides:
-        raise(PyExc_ValueError, "Start- and end-point should lie on the same vertical side from the centre");
-      case Check::inner_oriented:
-        raise(PyExc_ValueError, "Inner volume of arc-revolve is not defined with inner oriented surface");
-      case Check::ok:
+  if (Ref r = native_path(natives, [&] {
+        HeldArc held;
+        double rotation_angle;
+        if (!hold_revolve(a.self(), held, rotation_angle)) return Ref{};
+        using Check = kernel::ArcVolume::Check;
+        const kernel::ArcVolume v = kernel::arc_inner_volume(held.points, held.short_arc, rotation_angle);
+        switch (v.check) {
+          case Check::long_arc:
+            raise(PyExc_ValueError, "Inner volume of arc-revolve is not defined when using long arc");
+          case Check::opposite_sides:
+            raise(PyExc_ValueError, "Start- and end-point should lie on the same vertical side from the centre");
+          case Check::inner_oriented:
+            raise(PyExc_ValueError, "Inner volume of arc-revolve is not defined with inner oriented surface");
+          case Check::ok:
+            break;
+        }
         return new_float(v.volume);
-    }
-  }
+      }))
+    return r;
   return inner_volume_steps(a.self());
 }
 constexpr Member inner_volume_member =
@@ -239,19 +243,23 @@ Ref xy_pair(PyObject* point) {
 
 Ref linestring(const Args& a) {
   PyObject* self = a.self();
-  HeldArc held;
-  double rotation_angle;
-  std::vector<Vec3> points;
-  if (hold_revolve(self, held, rotation_angle) && kernel::discretize_arc(held.points, held.short_arc, 20, points)) {
-    const bool clockwise = kernel::ring_is_clockwise(points);
-    Ref pairs = check(PyList_New(20));
-    for (Py_ssize_t i = 0; i < 20; ++i) {
-      const Vec3 p = points[clockwise ? 19 - i : i];
-      Ref x = new_float(p.x), y = new_float(p.y);
-      PyList_SET_ITEM(pairs.get(), i, tuple({x.get(), y.get()}).release());
-    }
-    return pairs;
-  }
+  if (Ref r = native_path(natives, [&] {
+        HeldArc held;
+        double rotation_angle;
+        std::vector<Vec3> points;
+        if (!hold_revolve(self, held, rotation_angle) ||
+            !kernel::discretize_arc(held.points, held.short_arc, 20, points))
+          return Ref{};
+        const bool clockwise = kernel::ring_is_clockwise(points);
+        Ref pairs = check(PyList_New(20));
+        for (Py_ssize_t i = 0; i < 20; ++i) {
+          const Vec3 p = points[clockwise ? 19 - i : i];
+          Ref x = new_float(p.x), y = new_float(p.y);
+          PyList_SET_ITEM(pairs.get(), i, tuple({x.get(), y.get()}).release());
+        }
+        return pairs;
+      }))
+    return r;
   Ref own_arc = getattr(self, id<"_arc">());
   Ref twenty = new_int(20);
   Ref discretized_arc = call_method(own_arc.get(), id<"discretize">(), {twenty.get()});

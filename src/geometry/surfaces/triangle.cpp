@@ -17,6 +17,7 @@
 #include "module/class_builder.hpp"
 #include "module/globals.hpp"
 #include "module/instance.hpp"
+#include "module/native_path.hpp"
 #include "module/objects.hpp"
 #include "surfaces/triangle_kernel.hpp"
 
@@ -28,24 +29,14 @@ ClassGuard guard{"Triangle"};
 // Point.vector_to makes a Vector through the module global: still the module's own,
 // unchanged class, with its own cross and magnitude.
 Natives area_natives{{&vector_class()}};
+// The centroid and the second moments read the vertex lists; the moments use NumPy.
+Natives vertices_natives;
 
 // `obj.name` is the method of its class, not an attribute of the instance that hides it.
 bool unshadowed(PyObject* obj, PyObject* name) {
   Ref bound = getattr(obj, name);
   return PyMethod_Check(bound.get()) && PyMethod_GET_SELF(bound.get()) == obj &&
          PyMethod_GET_FUNCTION(bound.get()) == _PyType_Lookup(Py_TYPE(obj), name);
-}
-
-// Runs the reading part of a native path. A failure there clears the error and
-// reports false: the documented steps run next and raise it in their own order.
-template <typename Read>
-bool attempt(Read read) {
-  try {
-    return read();
-  } catch (const PyError&) {
-    PyErr_Clear();
-    return false;
-  }
 }
 
 // seq[i], without the int object for the common exact list.
@@ -62,7 +53,7 @@ bool read_float(PyObject* o, double& out) {
 
 // vertices[0..2][0..2] as exact floats.
 bool read_vertices(PyObject* vertices, Vec3 (&out)[3]) {
-  return attempt([&] {
+  return or_take_steps([&] {
     for (Py_ssize_t i = 0; i < 3; ++i) {
       Ref row = item(vertices, i);
       Ref x = item(row.get(), 0), y = item(row.get(), 1), z = item(row.get(), 2);
@@ -99,20 +90,6 @@ constexpr Member init_member = method("__init__", "(point1: Point, point2: Point
 
 // ---- area ----
 
-std::optional<double> native_area(PyObject* self) {
-  if (!area_natives.hold()) return std::nullopt;
-  std::optional<Vec3> p[3];
-  const bool read = attempt([&] {
-    Ref profile = getattr(self, id<"profile">());
-    Ref p0 = item(profile.get(), 0), p1 = item(profile.get(), 1), p2 = item(profile.get(), 2);
-    // Points (of the unchanged class, so with its own vector_to and indexing) holding floats.
-    return (p[0] = read_point(p0.get())) && (p[1] = read_point(p1.get())) && (p[2] = read_point(p2.get())) &&
-           unshadowed(p0.get(), id<"vector_to">());
-  });
-  if (!read) return std::nullopt;
-  return kernel::triangle_area(*p[0], *p[1], *p[2]);
-}
-
 // profile[0].vector_to(profile[1]).cross(profile[0].vector_to(profile[2])).magnitude / 2
 Ref area_through_objects(PyObject* self) {
   Ref profile = getattr(self, id<"profile">());
@@ -132,7 +109,19 @@ Ref area_through_objects(PyObject* self) {
 }
 
 Ref area_of(PyObject* self) {
-  if (auto area = native_area(self)) return new_float(*area);
+  if (Ref r = native_path(area_natives, [&] {
+        std::optional<Vec3> p[3];
+        const bool read = or_take_steps([&] {
+          Ref profile = getattr(self, id<"profile">());
+          Ref p0 = item(profile.get(), 0), p1 = item(profile.get(), 1), p2 = item(profile.get(), 2);
+          // Points (of the unchanged class, so with its own vector_to and indexing) holding floats.
+          return (p[0] = read_point(p0.get())) && (p[1] = read_point(p1.get())) && (p[2] = read_point(p2.get())) &&
+                 unshadowed(p0.get(), id<"vector_to">());
+        });
+        const auto area = read ? kernel::triangle_area(*p[0], *p[1], *p[2]) : std::nullopt;
+        return area ? new_float(*area) : Ref{};
+      }))
+    return r;
   return area_through_objects(self);
 }
 
@@ -160,11 +149,15 @@ Ref centroid_through_objects(PyObject* vertices) {
 
 Ref centroid(const Args& a) {
   Ref vertices = getattr(a.self(), id<"vertices">());
-  Vec3 v[3];
-  if (!read_vertices(vertices.get(), v)) return centroid_through_objects(vertices.get());
-  const Vec3 c = kernel::triangle_centroid(v[0], v[1], v[2]);
-  Ref x = new_float(c.x), y = new_float(c.y), z = new_float(c.z);
-  return tuple({x.get(), y.get(), z.get()});
+  if (Ref r = native_path(vertices_natives, [&] {
+        Vec3 v[3];
+        if (!read_vertices(vertices.get(), v)) return Ref{};
+        const Vec3 c = kernel::triangle_centroid(v[0], v[1], v[2]);
+        Ref x = new_float(c.x), y = new_float(c.y), z = new_float(c.z);
+        return tuple({x.get(), y.get(), z.get()});
+      }))
+    return r;
+  return centroid_through_objects(vertices.get());
 }
 constexpr Member centroid_member =
     property("centroid", "() -> Tuple[float, float, float]", centroid, "The mean of the three vertices.");
@@ -279,11 +272,13 @@ Ref moment_of_inertia(const Args& a) {
   const bool own_area = guard.admits(self) && unshadowed(self, id<"area">());
   Ref area = own_area ? area_of(self) : call_method(self, id<"area">(), {});
   Ref vertices = getattr(self, id<"vertices">());
-  Vec3 v[3];
-  if (PyFloat_CheckExact(area.get()) && read_vertices(vertices.get(), v) &&
-      all_finite(v, PyFloat_AS_DOUBLE(area.get()))) {
-    if (Ref moments = native_moments(v, PyFloat_AS_DOUBLE(area.get()))) return moments;
-  }
+  if (Ref r = native_path(vertices_natives, [&] {
+        Vec3 v[3];
+        const bool read = PyFloat_CheckExact(area.get()) && read_vertices(vertices.get(), v) &&
+                          all_finite(v, PyFloat_AS_DOUBLE(area.get()));
+        return read ? native_moments(v, PyFloat_AS_DOUBLE(area.get())) : Ref{};
+      }))
+    return r;
   return moments_through_objects(area.get(), vertices.get());
 }
 constexpr Member moment_of_inertia_member =

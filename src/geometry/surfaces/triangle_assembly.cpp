@@ -14,6 +14,7 @@
 #include "foundations/tolerance.hpp"
 #include "module/class_builder.hpp"
 #include "module/globals.hpp"
+#include "module/native_path.hpp"
 #include "module/objects.hpp"
 #include "surfaces/triangle.hpp"
 #include "surfaces/unprocessed_mesh.hpp"
@@ -92,9 +93,8 @@ bool plain_fields(PyObject* self) {
 // the objects raises it in its own order.
 std::optional<Corners> read_corners(PyObject* self) {
   if (!plain_fields(self)) return std::nullopt;
-  Corners corners;
-  try {
-    if (!point_natives().hold()) return std::nullopt;
+  return or_take_steps([&]() -> std::optional<Corners> {
+    Corners corners;
     Ref triangles = getattr(self, id<"_triangles">());
     if (!exact_sequence(triangles.get())) return std::nullopt;
     // With no triangles the flag is never read.
@@ -116,11 +116,8 @@ std::optional<Corners> read_corners(PyObject* self) {
       Ref triangle = Ref::borrow(PySequence_Fast_GET_ITEM(triangles.get(), t));
       if (!read_profile(triangle.get(), corners.points)) return std::nullopt;
     }
-  } catch (const PyError&) {
-    PyErr_Clear();
-    return std::nullopt;
-  }
-  return corners;
+    return corners;
+  });
 }
 
 Ref int_list(const std::array<std::size_t, 3>& face) {
@@ -223,7 +220,11 @@ Ref scanned_vertices_and_faces(PyObject* self) {
 }
 
 Ref get_vertices_and_faces(const Args& a) {
-  if (std::optional<Corners> corners = read_corners(a.self())) return native_vertices_and_faces(*corners);
+  if (Ref r = native_path(point_natives(), [&] {
+        const auto corners = read_corners(a.self());
+        return corners ? native_vertices_and_faces(*corners) : Ref{};
+      }))
+    return r;
   return scanned_vertices_and_faces(a.self());
 }
 constexpr Member get_vertices_and_faces_member =
