@@ -385,7 +385,7 @@ constexpr Member bounded_lines_member =
 const Natives& bounded_lines_natives() { return bounded_lines_natives_set; }
 const Natives& on_bounded_line_natives() { return on_bounded_line_natives_set; }
 
-void define_line_intersections() {
+void define_intersections() {
   for (const Member& m :
        {bounded_line_with_y_member, extended_line_with_y_member, line_is_horizontal_member, line_is_vertical_member,
         between_bounds_function_member, x_between_bounds_member, y_between_bounds_member,

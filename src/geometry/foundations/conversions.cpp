@@ -97,7 +97,7 @@ constexpr Member cartesian_to_cylindrical_member =
 
 }  // namespace
 
-void define_coordinate_conversions() {
+void define_conversions() {
   for (const Member& m : {spherical_to_cartesian_member, cartesian_to_spherical_member, cylindrical_to_cartesian_member,
                           cartesian_to_cylindrical_member})
     define_function(m);

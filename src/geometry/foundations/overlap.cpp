@@ -60,7 +60,7 @@ constexpr Member find_overlap_member =
 
 }  // namespace
 
-void define_find_overlap() {
+void define_overlap() {
   for (const Member& m : {find_overlap_member}) define_function(m);
 }
 

@@ -1,5 +1,4 @@
-// Points handed on in other forms: the array from one point to another, and the
-// lathe form, a list of {"x": ..., "y": ...} dicts.
+// The array of the vector from one point to another.
 #include "foundations/numpy_calls.hpp"
 #include "module/class_builder.hpp"
 
@@ -24,31 +23,10 @@ constexpr Member calculate_distance_vector_member =
     function("calculate_distance_vector", "(start_point: Point, end_point: Point) -> np.ndarray",
              calculate_distance_vector, "The array of the vector from `start_point` to `end_point`.");
 
-enum class ConvertPointsForLathe { points };
-Ref convert_points_for_lathe(const Args& a) {
-  Ref result = check(PyList_New(0));
-  Ref it = check(PyObject_GetIter(a[ConvertPointsForLathe::points]));
-  while (Ref point = Ref::steal(PyIter_Next(it.get()))) {
-    Ref x = getattr(point.get(), id<"x">());
-    Ref fx = check(PyNumber_Float(x.get()));
-    Ref y = getattr(point.get(), id<"y">());
-    Ref fy = check(PyNumber_Float(y.get()));
-    Ref entry = check(PyDict_New());
-    check(PyDict_SetItem(entry.get(), id<"x">(), fx.get()));
-    check(PyDict_SetItem(entry.get(), id<"y">(), fy.get()));
-    check(PyList_Append(result.get(), entry.get()));
-  }
-  if (PyErr_Occurred()) throw PyError{};
-  return result;
-}
-constexpr Member convert_points_for_lathe_member =
-    function("convert_points_for_lathe", "(points: Sequence[Point]) -> List[dict]", convert_points_for_lathe,
-             "The points as a new list of dicts {\"x\": x, \"y\": y}, in order; z is dropped.");
-
 }  // namespace
 
 void define_point_forms() {
-  for (const Member& m : {calculate_distance_vector_member, convert_points_for_lathe_member}) define_function(m);
+  define_function(calculate_distance_vector_member);
 }
 
 }  // namespace ostrel

@@ -188,7 +188,7 @@ constexpr Member from_wgs_to_rd_member =
 
 }  // namespace
 
-void define_rd_wgs_converter() {
+void define_rd_wgs() {
   Ref x0 = new_int(155000), y0 = new_int(463000);
   Ref phi0 = new_float(kernel::wgs_phi0), lam0 = new_float(kernel::wgs_lam0);
   define_class("RDWGSConverter", {},

@@ -91,9 +91,6 @@ void define_rectangular_extrusion() {
       "An Extrusion of a width by height rectangle centred on its line.",
       {init_member, name_member, width_member, height_member, cross_sectional_area_member, inner_volume_member},
       &rectangular_guard);
-}
-
-void define_square_beam() {
   define_class("SquareBeam", {global<"RectangularExtrusion">().get()},
                "A RectangularExtrusion along the z axis with its centroid at the origin.", {beam_init_member},
                &beam_guard);

@@ -149,16 +149,13 @@ constexpr Member group_to_trimesh_member = method("_to_trimesh", "() -> trimesh.
 
 }  // namespace
 
-void define_transformable_object() {
+void define_transformable() {
   define_class("TransformableObject", {global<"ABC">().get()},
                "Abstract base of everything that can stand in a scene: geometry in local coordinates and one\n"
                "4x4 matrix `_transformation` that places it. Transformations compose in world axes and return\n"
                "the object, so that calls can be chained.",
                {init_member, translate_member, rotate_member, mirror_member, scale_member, not_implemented_member,
                 not_implemented_to_trimesh_member});
-}
-
-void define_group() {
   define_class("Group", {global<"TransformableObject">().get()},
                "A scene object made of other scene objects; its matrix acts on all of them.",
                {group_init_member, group_add_member, group_children_member, group_duplicate_member, group_name_member,

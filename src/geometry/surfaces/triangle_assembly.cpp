@@ -237,19 +237,7 @@ constexpr Member to_trimesh_member =
     method("_to_trimesh", "() -> trimesh.Trimesh", to_trimesh,
            "A new unprocessed trimesh mesh of the triangles, with the material's visual.");
 
-enum class GetVerticesFaces { triangles };
-Ref get_vertices_faces(const Args& a) {
-  Ref assembly = call_kw(global<"TriangleAssembly">().get(), {a[GetVerticesFaces::triangles]},
-                         {{id<"skip_duplicate_vertices_check">(), Py_False}});
-  return call_method(assembly.get(), id<"_get_vertices_and_faces">(), {});
-}
-constexpr Member get_vertices_faces_member =
-    function("get_vertices_faces", "(triangles: List[Triangle]) -> Tuple", get_vertices_faces,
-             "The vertex list and face list of the triangles, equal corners merged into one vertex.");
-
 }  // namespace
-
-void define_get_vertices_faces() { define_function(get_vertices_faces_member); }
 
 void define_triangle_assembly() {
   define_class("TriangleAssembly", {global<"TransformableObject">().get()},

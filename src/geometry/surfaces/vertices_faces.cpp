@@ -1,5 +1,7 @@
-// add_point: a point added to a list of unique points unless an equal one is there.
+// The vertex and face lists of triangles: add_point, a point added to a list of unique
+// points unless an equal one is there, and get_vertices_faces of a list of triangles.
 #include "module/class_builder.hpp"
+#include "module/globals.hpp"
 #include "module/objects.hpp"
 
 namespace ostrel {
@@ -29,10 +31,20 @@ constexpr Member add_point_member =
              "A new list with `point` appended unless an equal point is in `unique_points`, and the\n"
              "index of the point in it.");
 
+enum class GetVerticesFaces { triangles };
+Ref get_vertices_faces(const Args& a) {
+  Ref assembly = call_kw(global<"TriangleAssembly">().get(), {a[GetVerticesFaces::triangles]},
+                         {{id<"skip_duplicate_vertices_check">(), Py_False}});
+  return call_method(assembly.get(), id<"_get_vertices_and_faces">(), {});
+}
+constexpr Member get_vertices_faces_member =
+    function("get_vertices_faces", "(triangles: List[Triangle]) -> Tuple", get_vertices_faces,
+             "The vertex list and face list of the triangles, equal corners merged into one vertex.");
+
 }  // namespace
 
-void define_add_point() {
-  for (const Member& m : {add_point_member}) define_function(m);
+void define_vertices_faces() {
+  for (const Member& m : {add_point_member, get_vertices_faces_member}) define_function(m);
 }
 
 }  // namespace ostrel

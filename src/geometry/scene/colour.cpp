@@ -46,7 +46,7 @@ constexpr Member rgb_to_hex_member =
 
 }  // namespace
 
-void define_colour_text() {
+void define_colour() {
   for (const Member& m : {hex_to_rgb_member, rgb_to_hex_member}) define_function(m);
 }
 
