@@ -34,6 +34,8 @@ constexpr double unit_roundoff = 0x1p-53;
 
 // Thrown where the documented steps may raise, or may differ from what can be decided here.
 struct Undecided {};
+// Thrown where the documented steps make a Line of coinciding ends.
+struct DegenerateEdge {};
 
 // (next.x - current.x) * (next.y + current.y): one pair's share of the orientation sum.
 double orientation_term(Vec3 current, Vec3 next) { return (next.x - current.x) * (next.y + current.y); }
@@ -154,6 +156,7 @@ class Clipper {
     }
     const double twice_area = (p2.y - p3.y) * (p1.x - p3.x) + (p3.x - p2.x) * (p1.y - p3.y);
     if (twice_area + 1e-7 == 0.0) throw Undecided{};
+    if (coincide(p3, p1, module_)) return evaluate_with_coinciding_neighbours(v, p1, p2, p3);
     auto blocks = [&](uint32_t q) {
       if (!alive_[q]) return false;
       const Vec3& p = p_[q];
@@ -175,6 +178,34 @@ class Clipper {
         q = next_[q];
       } while (!blocker && q != head_);
     }
+    if (blocker) {
+      status_[v] = Status::blocked;
+      witness_[v] = *blocker;
+      watchers_[*blocker].push_back(v);
+    } else {
+      status_[v] = Status::ear;
+    }
+  }
+
+  // A corner whose neighbours coincide. The documented steps test every point, without
+  // stopping, against the edges p1-p2, p2-p3 and p3-p1 in turn; the last has coinciding
+  // ends, and making it raises. So the first point that is neither one of the three, nor
+  // inside, nor on one of the first two edges ends the clipping with that error, and only
+  // the whole list can tell whether there is one.
+  void evaluate_with_coinciding_neighbours(uint32_t v, Vec3 p1, Vec3 p2, Vec3 p3) {
+    std::optional<uint32_t> blocker;
+    uint32_t q = head_;
+    do {
+      const Vec3& p = p_[q];
+      if (!coincide(p, p1, module_) && !coincide(p, p2, module_) && !coincide(p, p3, module_)) {
+        const bool blocks = strictly_in_triangle(p1, p2, p3, p) ||
+                            point_on_bounded_line(p, {p1, p2}, module_) != OnSegment::outside ||
+                            point_on_bounded_line(p, {p2, p3}, module_) != OnSegment::outside;
+        if (!blocks) throw DegenerateEdge{};
+        if (!blocker) blocker = q;
+      }
+      q = next_[q];
+    } while (q != head_);
     if (blocker) {
       status_[v] = Status::blocked;
       witness_[v] = *blocker;
@@ -280,6 +311,10 @@ EarClipping clip_ears(std::span<const Vec3> circumference, Tolerance module) {
     return Clipper(circumference, module).run();
   } catch (const Undecided&) {
     return undecided;
+  } catch (const DegenerateEdge&) {
+    EarClipping degenerate;
+    degenerate.outcome = EarClipping::Outcome::degenerate_edge;
+    return degenerate;
   } catch (const ArithmeticFault&) {
     return undecided;
   }

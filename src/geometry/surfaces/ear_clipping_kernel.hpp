@@ -35,10 +35,12 @@ std::optional<bool> on_triangle(Vec3 p1, Vec3 p2, Vec3 p3, Vec3 p, Tolerance mod
 // keeps its state (reflex, blocked by a point, ear) until a clip changes its neighbours
 // or removes the point that blocked it, points are found through a grid, and the
 // orientation of the remainder is kept as a running sum, summed in list order only when
-// its sign is in doubt. `undecided` leaves the case to the documented steps: a zero
-// denominator, a line with coinciding ends, a value beyond the finite range.
+// its sign is in doubt. `degenerate_edge`: the steps make a Line of coinciding ends (the
+// neighbours of a candidate corner coincide). `undecided` leaves the case to the
+// documented steps: a zero denominator, coinciding neighbours along the ring, a value
+// beyond the finite range.
 struct EarClipping {
-  enum class Outcome { done, clockwise, no_ear, undecided };
+  enum class Outcome { done, clockwise, no_ear, degenerate_edge, undecided };
   Outcome outcome = Outcome::done;
   std::vector<std::array<uint32_t, 3>> triangles;
 };

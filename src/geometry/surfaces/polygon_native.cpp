@@ -86,6 +86,8 @@ std::optional<Clipped> clip(PyObject* self) {
       raise(PyExc_ValueError, "Circumference should be counter clockwise");
     case kernel::EarClipping::Outcome::no_ear:
       raise(PyExc_ValueError, "No ear found, unexpected error");
+    case kernel::EarClipping::Outcome::degenerate_edge:
+      raise(PyExc_ValueError, "Start and end point may not coincide");
     case kernel::EarClipping::Outcome::done:
       break;
   }
