@@ -7,6 +7,9 @@ must give the same points, in the same order, with the same objects where the st
 the caller's points through, the same result kinds and the same exceptions.
 """
 import math
+import subprocess
+import sys
+import textwrap
 
 import pytest
 from hypothesis import example, given, settings, strategies as st
@@ -123,3 +126,19 @@ def test_points_the_kernel_cannot_take_go_down_the_documented_steps():
     odd = Polyline([Point(0, 0), Point(math.nan, 1), Point(2, 2)])
     assert odd.intersections_with_polyline(Polyline([Point(0, 2), Point(2, 0)])) == \
         Steps(odd.points).intersections_with_polyline(Steps([Point(0, 2), Point(2, 0)]))
+
+
+def test_pairs_of_segments_are_visited_without_being_stored():
+    # On one vertical line every pair of segments has meeting x ranges: 8 million pairs here,
+    # which a list of them would hold in over 100 MB. The walk holds the input and the output.
+    code = textwrap.dedent("""
+        import resource
+        from ostrel.geometry import Point, Polyline
+        line = Polyline([Point(0, i) for i in range(4000)])
+        before = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
+        print(line.intersections_with_polyline(line), line.find_overlaps(line)[0].points[-1].y)
+        print((resource.getrusage(resource.RUSAGE_SELF).ru_maxrss - before) // 1024)
+    """)
+    out = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, timeout=300)
+    result, growth = out.stdout.split("\n")[:2]
+    assert result == "[] 3999.0" and int(growth) < 40, out.stderr[-2000:]

@@ -24,46 +24,54 @@ bool tame(double v) {
   return m == 0.0 || (m > 1e-140 && m < 1e140);
 }
 
-// Pairs (own, other) of boxes that meet, ordered by own and then other index: a sweep
-// over the lower ends keeps the boxes still open on either side.
+// The x extents of a chain's pairs, in pair order.
 struct Box {
   double low, high;
   std::size_t pair;
 };
-std::vector<std::pair<std::size_t, std::size_t>> meeting(const std::vector<Box>& own, const std::vector<Box>& other) {
-  struct Event {
-    double low;
-    int side;
-    std::size_t at;
-  };
-  std::vector<Event> events;
-  events.reserve(own.size() + other.size());
-  for (std::size_t i = 0; i < own.size(); ++i) events.push_back({own[i].low, 0, i});
-  for (std::size_t i = 0; i < other.size(); ++i) events.push_back({other[i].low, 1, i});
-  std::sort(events.begin(), events.end(), [](const Event& a, const Event& b) { return a.low < b.low; });
-  std::vector<std::size_t> open[2];
-  const std::vector<Box>* boxes[2] = {&own, &other};
-  std::vector<std::pair<std::size_t, std::size_t>> pairs;
-  for (const Event& e : events) {
-    std::vector<std::size_t>& across = open[1 - e.side];
-    for (std::size_t k = 0; k < across.size();) {
-      const Box& b = (*boxes[1 - e.side])[across[k]];
-      if (b.high < e.low) {
-        across[k] = across.back();
-        across.pop_back();
-        continue;
-      }
-      if (e.side == 0)
-        pairs.emplace_back(own[e.at].pair, b.pair);
-      else
-        pairs.emplace_back(b.pair, other[e.at].pair);
-      ++k;
+
+// The boxes of the other chain as a tree of their extents, so that the boxes meeting one
+// own box come out in pair order as they are found: the documented loops visit the
+// pairs by own and then other index, and no list of all meeting pairs is held (on one
+// vertical line every pair meets every other).
+class BoxTree {
+ public:
+  explicit BoxTree(std::vector<Box> boxes) : boxes_(std::move(boxes)) {
+    while (leaves_ < boxes_.size()) leaves_ *= 2;
+    low_.assign(2 * leaves_, std::numeric_limits<double>::infinity());
+    high_.assign(2 * leaves_, -std::numeric_limits<double>::infinity());
+    for (std::size_t i = 0; i < boxes_.size(); ++i) {
+      low_[leaves_ + i] = boxes_[i].low;
+      high_[leaves_ + i] = boxes_[i].high;
     }
-    open[e.side].push_back(e.at);
+    for (std::size_t node = leaves_; node-- > 1;) {
+      low_[node] = std::min(low_[2 * node], low_[2 * node + 1]);
+      high_[node] = std::max(high_[2 * node], high_[2 * node + 1]);
+    }
   }
-  std::sort(pairs.begin(), pairs.end());
-  return pairs;
-}
+
+  // visit(pair) for every box that meets [low, high], ends included, in pair order.
+  template <typename Visit>
+  void meeting(double low, double high, Visit&& visit) const {
+    if (!boxes_.empty()) walk(1, low, high, visit);
+  }
+
+ private:
+  template <typename Visit>
+  void walk(std::size_t node, double low, double high, Visit& visit) const {
+    if (low_[node] > high || high_[node] < low) return;
+    if (node >= leaves_) {
+      visit(boxes_[node - leaves_].pair);
+      return;
+    }
+    walk(2 * node, low, high, visit);
+    walk(2 * node + 1, low, high, visit);
+  }
+
+  std::vector<Box> boxes_;
+  std::size_t leaves_ = 1;
+  std::vector<double> low_, high_;
+};
 
 // The non-degenerate pairs of a chain with their boxes; the steps' `lines`, with the
 // first pair to look at.
@@ -265,21 +273,21 @@ Chain Polylines::intersections_with_polyline(const Chain& self, const Chain& oth
         boxes.push_back({std::min(c[i].at.x, c[i + 1].at.x), std::max(c[i].at.x, c[i + 1].at.x), i});
     return boxes;
   };
-  const auto pairs = meeting(exact_boxes(self), exact_boxes(other));
+  const BoxTree others(exact_boxes(other));
   Chain intersections, line_intersections;
-  for (std::size_t k = 0; k < pairs.size();) {
-    const std::size_t own = pairs[k].first;
+  for (const Box& mine : exact_boxes(self)) {
+    const std::size_t own = mine.pair;
     line_intersections.clear();
-    for (; k < pairs.size() && pairs[k].first == own; ++k) {
-      const Crossing crossing =
-          intersection_bounded_lines(segment(self, own), segment(other, pairs[k].second), true, t_);
+    others.meeting(mine.low, mine.high, [&](std::size_t theirs) {
+      const Crossing crossing = intersection_bounded_lines(segment(self, own), segment(other, theirs), true, t_);
       if (crossing.kind == Crossing::Kind::mismatch) throw StepsRaise{};
-      if (crossing.kind == Crossing::Kind::none) continue;
+      if (crossing.kind == Crossing::Kind::none) return;
       const Node n = make(crossing.point);
-      if (!intersections.empty() && equal(n, intersections.back())) continue;
-      if (!line_intersections.empty() && equal(n, line_intersections.back())) continue;
+      if (!intersections.empty() && equal(n, intersections.back())) return;
+      if (!line_intersections.empty() && equal(n, line_intersections.back())) return;
       line_intersections.push_back(n);
-    }
+    });
+    if (line_intersections.empty()) continue;
     const Vec3 start = self[own].at;
     std::vector<std::pair<double, Node>> keyed;
     for (const Node& n : line_intersections) keyed.emplace_back(squared_magnitude(vector_between(start, n.at)), n);
@@ -311,13 +319,13 @@ std::vector<Chain> Polylines::find_overlaps(const Chain& self, const Chain& othe
     overlap_polylines.push_back(std::move(points));
     overlap_lines.clear();
   };
-  const auto pairs = meeting(boxes_of(self, t_, own_from), boxes_of(other, t_));
-  for (std::size_t k = 0; k < pairs.size();) {
-    const std::size_t own = pairs[k].first;
+  const BoxTree others(boxes_of(other, t_));
+  for (const Box& mine : boxes_of(self, t_, own_from)) {
+    const std::size_t own = mine.pair;
     local.clear();
-    for (; k < pairs.size() && pairs[k].first == own; ++k) {
-      const Overlap o = find_overlap(segment(self, own), segment(other, pairs[k].second), false, t_);
-      if (o.kind == Overlap::Kind::none) continue;
+    others.meeting(mine.low, mine.high, [&](std::size_t theirs) {
+      const Overlap o = find_overlap(segment(self, own), segment(other, theirs), false, t_);
+      if (o.kind == Overlap::Kind::none) return;
       if (o.kind == Overlap::Kind::point) {
         const Node n = make(o.start);
         local.emplace_back(n, n);
@@ -325,7 +333,7 @@ std::vector<Chain> Polylines::find_overlaps(const Chain& self, const Chain& othe
         const Node from = make(o.start);
         local.emplace_back(from, make(o.end));
       }
-    }
+    });
     if (local.empty()) continue;
     const Vec3 start = self[own].at;
     std::vector<std::pair<double, std::size_t>> keyed;
