@@ -1,18 +1,36 @@
 // Polygon: a flat, closed, simple figure in the xy plane, given by its corners in order.
 // It is checked once, in the constructor; its area, centroid and second moments are sums
-// over the triangles of its ear clipping, triangulated anew at every use.
+// over the triangles of its ear clipping (take the first ear from the start of the
+// counter-clockwise circumference, cut it off, repeat on the shorter list), triangulated
+// anew at every use.
 //
-// The native paths read the corners once into doubles (surfaces/polygon_native.hpp) and
-// run the checks, the clipping and the sums in the kernels; they are taken for unchanged
-// instances of the module's own classes only. Below each, the documented steps.
+// The native paths read the corners once into doubles and run the checks
+// (surfaces/polygon_kernel.hpp), the clipping (surfaces/ear_clipping_kernel.hpp) and the
+// sums in the kernels, for unchanged instances of the module's own classes; they give the
+// same triangles in the same order, the same values and the same errors. Below each, the
+// documented steps, through the instance.
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <optional>
 
+#include "curves/intersections.hpp"
+#include "curves/line.hpp"
+#include "curves/line_kernel.hpp"
+#include "foundations/arrays.hpp"
 #include "foundations/current_next.hpp"
+#include "foundations/orientation_kernel.hpp"
+#include "foundations/point.hpp"
+#include "foundations/tolerance.hpp"
+#include "foundations/vector.hpp"
 #include "module/class_builder.hpp"
 #include "module/globals.hpp"
+#include "module/native_path.hpp"
 #include "module/objects.hpp"
-#include "surfaces/ear_clipping.hpp"
-#include "surfaces/polygon_native.hpp"
+#include "surfaces/ear_clipping_kernel.hpp"
+#include "surfaces/polygon_kernel.hpp"
+#include "surfaces/triangle.hpp"
+#include "surfaces/triangle_kernel.hpp"
 #include "surfaces/unprocessed_mesh.hpp"
 
 namespace ostrel {
@@ -20,6 +38,266 @@ namespace ostrel {
 namespace {
 
 ClassGuard guard{"Polygon"};
+
+// ---- native paths ----
+
+// The classes whose members the documented steps of the checks and of the clipping use.
+Natives natives{{&point_class(), &line_class(), &triangle_class(), &vector_class()},
+                {&bounded_lines_natives(), &on_bounded_line_natives(), &line_collinear_natives()}};
+
+// The corners of a polygon read once: the Point objects held, their coordinates, and
+// the tolerances of the call.
+struct NativePolygon {
+  std::vector<Ref> objects;
+  std::vector<Vec3> corners;
+  kernel::Tolerances tolerances;
+};
+
+bool finite(const Vec3& p) { return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z); }
+
+// The items of an exact list of plain Points. Reading a point can run a caller's code
+// (a key of its dict that compares), so the list must still hold what was read.
+bool read_corners(PyObject* list, NativePolygon& out) {
+  if (!PyList_CheckExact(list)) return false;
+  const Py_ssize_t n = PyList_GET_SIZE(list);
+  out.objects.reserve(n);
+  out.corners.reserve(n);
+  for (Py_ssize_t i = 0; i < n; ++i) {
+    if (PyList_GET_SIZE(list) != n) return false;
+    out.objects.push_back(Ref::borrow(PyList_GET_ITEM(list, i)));
+    const auto p = read_point(out.objects.back().get());
+    if (!p || !finite(*p)) return false;
+    out.corners.push_back(*p);
+  }
+  if (PyList_GET_SIZE(list) != n) return false;
+  for (Py_ssize_t i = 0; i < n; ++i)
+    if (PyList_GET_ITEM(list, i) != out.objects[i].get()) return false;
+  return true;
+}
+
+std::optional<NativePolygon> read_list(PyObject* list) {
+  NativePolygon polygon;
+  const auto t = native_tolerances();
+  if (!t || !read_corners(list, polygon)) return std::nullopt;
+  polygon.tolerances = *t;
+  return polygon;
+}
+
+// The corners of an unchanged Polygon, read natively.
+std::optional<NativePolygon> read_polygon(PyObject* self) {
+  if (!guard.admits(self)) return std::nullopt;
+  // Nothing but the five fields, so no method is hidden by an attribute of the instance.
+  PyObject* dict = instance_dict(self);
+  if (!dict || PyDict_GET_SIZE(dict) != 5) {
+    PyErr_Clear();
+    return std::nullopt;
+  }
+  Ref points = Ref::borrow(PyDict_GetItemWithError(dict, id<"points">()));
+  if (!points) {
+    PyErr_Clear();
+    return std::nullopt;
+  }
+  return read_list(points.get());
+}
+
+// The triangles of the clipping as corner triples, the corners held; nothing where the
+// documented steps must run; the ValueErrors of the clipping raised where they stand.
+struct Clipped {
+  NativePolygon polygon;
+  std::vector<std::array<uint32_t, 3>> triangles;  // into polygon, turned counter-clockwise
+};
+std::optional<Clipped> clip(PyObject* self) {
+  auto polygon = read_polygon(self);
+  if (!polygon || polygon->corners.empty()) return std::nullopt;
+  // has_clockwise_circumference: only corners with z exactly zero pass its check.
+  std::vector<Vec3> ring = polygon->corners;
+  for (const Vec3& p : ring)
+    if (p.z != 0.0) return std::nullopt;
+  ring.push_back(ring.front());
+  if (kernel::circumference_is_clockwise(ring)) {
+    std::reverse(polygon->corners.begin(), polygon->corners.end());
+    std::reverse(polygon->objects.begin(), polygon->objects.end());
+  }
+  Clipped clipped{std::move(*polygon), {}};
+  if (clipped.polygon.corners.size() < 3) return clipped;
+  kernel::EarClipping result = kernel::clip_ears(clipped.polygon.corners, clipped.polygon.tolerances.module);
+  switch (result.outcome) {
+    case kernel::EarClipping::Outcome::undecided:
+      return std::nullopt;
+    case kernel::EarClipping::Outcome::clockwise:
+      raise(PyExc_ValueError, "Circumference should be counter clockwise");
+    case kernel::EarClipping::Outcome::no_ear:
+      raise(PyExc_ValueError, "No ear found, unexpected error");
+    case kernel::EarClipping::Outcome::degenerate_edge:
+      raise(PyExc_ValueError, "Start and end point may not coincide");
+    case kernel::EarClipping::Outcome::done:
+      break;
+  }
+  clipped.triangles = std::move(result.triangles);
+  return clipped;
+}
+
+struct Corners {
+  Vec3 v[3];
+};
+Corners corners_of(const Clipped& c, const std::array<uint32_t, 3>& t) {
+  return {{c.polygon.corners[t[0]], c.polygon.corners[t[1]], c.polygon.corners[t[2]]}};
+}
+
+// Per triangle in clipping order: area() and centroid, as Triangle computes them.
+struct Measured {
+  double area;
+  Vec3 centroid;
+};
+std::optional<std::vector<Measured>> measure(const Clipped& c) {
+  std::vector<Measured> out;
+  out.reserve(c.triangles.size());
+  for (const auto& t : c.triangles) {
+    const Corners k = corners_of(c, t);
+    const auto area = kernel::triangle_area(k.v[0], k.v[1], k.v[2]);
+    if (!area) return std::nullopt;
+    out.push_back({*area, kernel::triangle_centroid(k.v[0], k.v[1], k.v[2])});
+  }
+  return out;
+}
+
+// centroid: the area-weighted sums, each divided by the total area.
+std::pair<double, double> centroid_of(const std::vector<Measured>& triangles) {
+  double area = 0.0, x = 0.0, y = 0.0;
+  for (const Measured& m : triangles) {
+    x += m.centroid.x * m.area;
+    y += m.centroid.y * m.area;
+    area += m.area;
+  }
+  return {kernel::divide(x, area), kernel::divide(y, area)};
+}
+
+// The cosine and sine of each triangle's base angle theta = np.pi + np.arctan2(y, x), as
+// Triangle.moment_of_inertia takes them from NumPy, in three calls for all triangles.
+struct Turns {
+  std::vector<double> cos, sin;
+};
+std::optional<Turns> base_turns(const Clipped& c) {
+  Ref pi = getattr(global<"np">().get(), id<"pi">());
+  if (!PyFloat_CheckExact(pi.get())) return std::nullopt;
+  std::vector<double> xs, ys;
+  for (const auto& t : c.triangles) {
+    const kernel::PlanVector base = kernel::moment_base(c.polygon.corners[t[0]], c.polygon.corners[t[1]]);
+    xs.push_back(base.x);
+    ys.push_back(base.y);
+  }
+  auto theta = numpy_elementwise(id<"arctan2">(), ys, xs);
+  if (!theta) return std::nullopt;
+  for (double& angle : *theta) angle = PyFloat_AS_DOUBLE(pi.get()) + angle;
+  auto cos = numpy_elementwise(id<"cos">(), *theta), sin = numpy_elementwise(id<"sin">(), *theta);
+  if (!cos || !sin) return std::nullopt;
+  return Turns{std::move(*cos), std::move(*sin)};
+}
+
+
+std::optional<size_t> first_duplicate(const NativePolygon& polygon) {
+  return kernel::first_duplicate(polygon.corners, polygon.tolerances.module);
+}
+
+Ref native_is_simple(PyObject* points) {
+  const auto polygon = read_list(points);
+  if (!polygon || polygon->corners.empty()) return {};
+  switch (kernel::is_simple(polygon->corners, polygon->tolerances)) {
+    case kernel::Simplicity::simple:
+      return boolean(true);
+    case kernel::Simplicity::not_simple:
+      return boolean(false);
+    case kernel::Simplicity::undecided:
+      break;
+  }
+  return {};
+}
+
+std::optional<bool> native_all_collinear(PyObject* self) {
+  const auto polygon = read_polygon(self);
+  if (!polygon || polygon->corners.size() < 2) return std::nullopt;
+  const kernel::Tolerance module = polygon->tolerances.module;
+  const kernel::Segment line{polygon->corners[0], polygon->corners[1]};
+  if (kernel::coincide(line.start, line.end, module)) return std::nullopt;  // Line refuses it
+  for (size_t i = 2; i < polygon->corners.size(); ++i)
+    if (!kernel::collinear(line, polygon->corners[i], module)) return false;
+  return true;
+}
+
+Ref native_triangulation(PyObject* self) {
+  const auto clipped = clip(self);
+  if (!clipped) return {};
+  // Each Triangle as its __init__ fills it: the three points as `profile`, their
+  // coordinates as `vertices`. Nothing made here can form a cycle, so the collector,
+  // which would otherwise walk the growing list again and again, waits till the end.
+  CollectorPause pause;
+  Ref triangles = check(PyList_New(0));
+  for (const auto& t : clipped->triangles) {
+    const auto& o = clipped->polygon.objects;
+    Ref profile = list({o[t[0]].get(), o[t[1]].get(), o[t[2]].get()});
+    Ref rows[3];
+    for (int k = 0; k < 3; ++k) {
+      const Vec3& c = clipped->polygon.corners[t[k]];
+      Ref x = new_float(c.x), y = new_float(c.y), z = new_float(c.z);
+      rows[k] = list({x.get(), y.get(), z.get()});
+    }
+    Ref vertices = list({rows[0].get(), rows[1].get(), rows[2].get()});
+    Ref triangle =
+        new_instance(triangle_class(), {{id<"profile">(), profile.get()}, {id<"vertices">(), vertices.get()}});
+    check(PyList_Append(triangles.get(), triangle.get()));
+  }
+  return triangles;
+}
+
+Ref native_area(PyObject* self) {
+  const auto clipped = clip(self);
+  if (!clipped) return {};
+  const auto measured = measure(*clipped);
+  if (!measured) return {};
+  // The host's own sum of the areas, from the integer 0.
+  Ref areas = check(PyList_New(static_cast<Py_ssize_t>(measured->size())));
+  for (size_t i = 0; i < measured->size(); ++i)
+    PyList_SET_ITEM(areas.get(), static_cast<Py_ssize_t>(i), new_float((*measured)[i].area).release());
+  return call(global<"sum">().get(), {areas.get()});
+}
+
+Ref native_centroid(PyObject* self) {
+  const auto clipped = clip(self);
+  if (!clipped) return {};
+  const auto measured = measure(*clipped);
+  if (!measured) return {};
+  const auto [x, y] = centroid_of(*measured);
+  Ref cx = new_float(x), cy = new_float(y);
+  return tuple({cx.get(), cy.get()});
+}
+
+Ref native_moment_of_inertia(PyObject* self) {
+  // The centroid first, as the documented steps take it. They clip the ears twice, once
+  // for the centroid and once for the sum; both give the same triangles, so one serves.
+  const auto clipped = clip(self);
+  if (!clipped) return {};
+  const auto measured = measure(*clipped);
+  if (!measured) return {};
+  const auto [centre_x, centre_y] = centroid_of(*measured);
+  const auto turns = base_turns(*clipped);
+  if (!turns) return {};
+  double x = 0.0, y = 0.0;
+  for (size_t i = 0; i < measured->size(); ++i) {
+    const Measured& m = (*measured)[i];
+    const Corners k = corners_of(*clipped, clipped->triangles[i]);
+    const auto own = kernel::triangle_moments(k.v[0], k.v[1], k.v[2], m.area, turns->cos[i], turns->sin[i]);
+    if (!own) return {};
+    x += kernel::square(m.centroid.y - centre_y) * m.area + own->x;
+    y += kernel::square(m.centroid.x - centre_x) * m.area + own->y;
+    if (!std::isfinite(x) || !std::isfinite(y)) return {};  // NumPy warns there
+  }
+  // NumPy scalars from the first triangle's moments on, as the documented sums give them.
+  Ref float64 = getattr(global<"np">().get(), id<"float64">());
+  Ref fx = new_float(x), fy = new_float(y);
+  Ref mx = call(float64.get(), {fx.get()}), my = call(float64.get(), {fy.get()});
+  return tuple({mx.get(), my.get()});
+}
+
 
 enum class Init { self, points, surface_orientation, material, skip_duplicate_vertices_check };
 Ref init(const Args& a) {
@@ -55,10 +333,13 @@ constexpr Member init_member =
 
 Ref check_duplicate_points(const Args& a) {
   PyObject* self = a.self();
-  if (const auto polygon = read_polygon(self)) {
-    if (const auto index = first_duplicate(*polygon)) raise_duplicate(polygon->objects[*index].get());
-    return none();
-  }
+  if (Ref r = native_path(natives, [&] {
+        const auto polygon = read_polygon(self);
+        if (!polygon) return Ref{};
+        if (const auto index = first_duplicate(*polygon)) raise_duplicate(polygon->objects[*index].get());
+        return none();
+      }))
+    return r;
   Ref points = getattr(self, id<"points">());
   const Py_ssize_t n = check(PyObject_Length(points.get()));
   for (Py_ssize_t i = 0; i < n; ++i) {
@@ -78,7 +359,7 @@ constexpr Member check_duplicate_points_member =
 enum class IsSimple { points };
 Ref is_simple(const Args& a) {
   PyObject* points = a[IsSimple::points];
-  if (const auto simple = native_is_simple(points)) return boolean(*simple);
+  if (Ref simple = native_path(natives, [&] { return native_is_simple(points); })) return simple;
   Ref all_points = closed(points);
   Ref lines = check(PyList_New(0));
   Ref pairs = call(global<"_current_next">().get(), {all_points.get()});
@@ -122,10 +403,13 @@ Ref verify(const Args& a) {
   Ref simple = call_method(self, id<"_is_simple">(), {points.get()});
   if (!truth(simple.get()))
     raise(PyExc_ValueError, "Constructed polygon has self-intersecting lines, which is not supported.");
-  if (const auto collinear = native_all_collinear(self)) {
-    if (*collinear) raise(PyExc_ValueError, "All points of the polygon are collinear.");
-    return none();
-  }
+  if (Ref r = native_path(natives, [&] {
+        const auto collinear = native_all_collinear(self);
+        if (!collinear) return Ref{};
+        if (*collinear) raise(PyExc_ValueError, "All points of the polygon are collinear.");
+        return none();
+      }))
+    return r;
   points = getattr(self, id<"points">());
   Ref first = getitem(points.get(), 0), second = getitem(points.get(), 1);
   Ref line = call(global<"Line">().get(), {first.get(), second.get()});
@@ -159,7 +443,7 @@ constexpr Member triangles_member =
 
 Ref cross_sectional_area(const Args& a) {
   PyObject* self = a.self();
-  if (Ref area = native_area(self)) return area;
+  if (Ref area = native_path(natives, [&] { return native_area(self); })) return area;
   Ref triangles = call_method(self, id<"_triangles">(), {});
   Ref areas = check(PyList_New(0));
   Ref it = check(PyObject_GetIter(triangles.get()));
@@ -181,7 +465,7 @@ Ref indexed(PyObject* triangle, PyObject* name, Py_ssize_t index) {
 
 Ref centroid(const Args& a) {
   PyObject* self = a.self();
-  if (Ref native = native_centroid(self)) return native;
+  if (Ref native = native_path(natives, [&] { return native_centroid(self); })) return native;
   Ref area = new_float(0.0), centroid_x = new_float(0.0), centroid_y = new_float(0.0);
   Ref triangles = call_method(self, id<"_triangles">(), {});
   Ref it = check(PyObject_GetIter(triangles.get()));
@@ -218,7 +502,7 @@ Ref parallel_axis(PyObject* moment, PyObject* triangle, Py_ssize_t index, PyObje
 
 Ref moment_of_inertia(const Args& a) {
   PyObject* self = a.self();
-  if (Ref native = native_moment_of_inertia(self)) return native;
+  if (Ref native = native_path(natives, [&] { return native_moment_of_inertia(self); })) return native;
   Ref moment_x = new_float(0.0), moment_y = new_float(0.0);
   Ref centre = getattr(self, id<"centroid">());
   Ref c[2];
@@ -237,6 +521,176 @@ constexpr Member moment_of_inertia_member =
     property("moment_of_inertia", "() -> Tuple[float, float]", moment_of_inertia,
              "Second moments of area (about the x direction, about the y direction) through the centroid,\n"
              "summed over the triangles by the parallel-axis rule.");
+
+// ---- ear clipping ----
+
+
+
+Ref x_of(PyObject* p) { return getattr(p, id<"x">()); }
+Ref y_of(PyObject* p) { return getattr(p, id<"y">()); }
+
+enum class Convex { p1, p2, p3 };
+Ref convex_angle_when_ccw(const Args& a) {
+  PyObject *p1 = a[Convex::p1], *p2 = a[Convex::p2], *p3 = a[Convex::p3];
+  if (Ref r = native_path(point_natives(), [&] {
+        const auto v1 = read_point(p1), v2 = read_point(p2), v3 = read_point(p3);
+        return v1 && v2 && v3 ? boolean(kernel::convex_when_ccw(*v1, *v2, *v3)) : Ref{};
+      }))
+    return r;
+  // (p2.x - p1.x) * (p3.y - p1.y) - (p2.y - p1.y) * (p3.x - p1.x) >= 0
+  Ref x2 = x_of(p2), x1 = x_of(p1);
+  Ref dx2 = sub(x2.get(), x1.get());
+  Ref y3 = y_of(p3), y1 = y_of(p1);
+  Ref dy3 = sub(y3.get(), y1.get());
+  Ref left = mul(dx2.get(), dy3.get());
+  Ref y2 = y_of(p2), y1b = y_of(p1);
+  Ref dy2 = sub(y2.get(), y1b.get());
+  Ref x3 = x_of(p3), x1b = x_of(p1);
+  Ref dx3 = sub(x3.get(), x1b.get());
+  Ref right = mul(dy2.get(), dx3.get());
+  Ref crossp = sub(left.get(), right.get());
+  Ref zero = new_int(0);
+  return check(PyObject_RichCompare(crossp.get(), zero.get(), Py_GE));
+}
+
+enum class OnTriangle { p1, p2, p3, p };
+Ref on_triangle(const Args& a) {
+  PyObject *p1 = a[OnTriangle::p1], *p2 = a[OnTriangle::p2], *p3 = a[OnTriangle::p3], *p = a[OnTriangle::p];
+  Ref result;
+  for (auto [start, end] : {std::pair{p1, p2}, {p2, p3}, {p3, p1}}) {
+    Ref line = call(global<"Line">().get(), {start, end});
+    result = call(global<"point_is_on_bounded_line">().get(), {p, line.get()});
+    if (truth(result.get())) break;
+  }
+  return result;
+}
+
+enum class InTriangle { p1, p2, p3, p };
+Ref in_triangle(const Args& a) {
+  PyObject *p1 = a[InTriangle::p1], *p2 = a[InTriangle::p2], *p3 = a[InTriangle::p3], *p = a[InTriangle::p];
+  if (Ref r = native_path(point_natives(), [&] {
+        const auto v1 = read_point(p1), v2 = read_point(p2), v3 = read_point(p3), v = read_point(p);
+        return v1 && v2 && v3 && v ? boolean(kernel::strictly_in_triangle(*v1, *v2, *v3, *v)) : Ref{};
+      }))
+    return r;
+  Ref eps = new_float(1e-7);
+  // (a.y - b.y) * (c.x - d.x) + (b.x - a.x) * (c.y - d.y), the shape of all three numerators
+  auto form = [](PyObject* a, PyObject* b, PyObject* c, PyObject* d) {
+    Ref ay = y_of(a), by = y_of(b);
+    Ref dy = sub(ay.get(), by.get());
+    Ref cx = x_of(c), dx_ = x_of(d);
+    Ref dx = sub(cx.get(), dx_.get());
+    Ref left = mul(dy.get(), dx.get());
+    Ref bx = x_of(b), ax = x_of(a);
+    Ref ex = sub(bx.get(), ax.get());
+    Ref cy = y_of(c), dy_ = y_of(d);
+    Ref ey = sub(cy.get(), dy_.get());
+    Ref right = mul(ex.get(), ey.get());
+    return add(left.get(), right.get());
+  };
+  Ref twice_area = form(p2, p3, p1, p3);
+  Ref denominator = add(twice_area.get(), eps.get());
+  Ref alpha_numerator = form(p2, p3, p, p3);
+  Ref alpha = div(alpha_numerator.get(), denominator.get());
+  Ref beta_numerator = form(p3, p1, p, p3);
+  Ref beta = div(beta_numerator.get(), denominator.get());
+  Ref one = new_int(1), zero = new_int(0);
+  Ref rest = sub(one.get(), alpha.get());
+  Ref gamma = sub(rest.get(), beta.get());
+  for (PyObject* x : {alpha.get(), beta.get(), gamma.get()}) {
+    Ref at_least_one = check(PyObject_RichCompare(x, one.get(), Py_GE));
+    if (truth(at_least_one.get())) return boolean(false);
+    Ref at_most_zero = check(PyObject_RichCompare(x, zero.get(), Py_LE));
+    if (truth(at_most_zero.get())) return boolean(false);
+  }
+  return boolean(true);
+}
+
+// closed_circumference = circumference + [circumference[0]]; raise if it runs clockwise.
+void require_counter_clockwise(PyObject* circumference) {
+  Ref ring = closed(circumference);
+  Ref clockwise = call(global<"circumference_is_clockwise">().get(), {ring.get()});
+  if (truth(clockwise.get())) raise(PyExc_ValueError, "Circumference should be counter clockwise");
+}
+
+bool differ(PyObject* a, PyObject* b) { return truth(check(PyObject_RichCompare(a, b, Py_NE)).get()); }
+
+enum class GetEar { self, circumference };
+Ref get_ear(const Args& a) {
+  PyObject *self = a.self(), *circumference = a[GetEar::circumference];
+  require_counter_clockwise(circumference);
+  const Py_ssize_t size = check(PyObject_Length(circumference));
+  if (size < 3) raise(PyExc_ValueError, "Insufficient number of points on circumference, minimum of 3");
+  if (size == 3) {
+    Ref new_circumference = check(PyList_New(0));
+    Ref c0 = getitem(circumference, 0), c1 = getitem(circumference, 1), c2 = getitem(circumference, 2);
+    Ref triangle = call(global<"Triangle">().get(), {c0.get(), c1.get(), c2.get()});
+    return tuple({triangle.get(), new_circumference.get()});
+  }
+  Ref new_circumference = check(PySequence_List(circumference));
+  for (Py_ssize_t i = 0; i < size; ++i) {
+    bool tritest = false;
+    Ref p1 = getitem(circumference, (i - 1 + size) % size);
+    Ref p2 = getitem(circumference, i % size);
+    Ref p3 = getitem(circumference, (i + 1) % size);
+    Ref convex = call_method(self, id<"_convex_angle_when_ccw">(), {p1.get(), p2.get(), p3.get()});
+    if (!truth(convex.get())) continue;
+    Ref it = check(PyObject_GetIter(circumference));
+    while (Ref p = Ref::steal(PyIter_Next(it.get()))) {
+      if (!differ(p.get(), p1.get()) || !differ(p.get(), p2.get()) || !differ(p.get(), p3.get())) continue;
+      Ref inside = call_method(self, id<"_in_triangle">(), {p1.get(), p2.get(), p3.get(), p.get()});
+      if (!truth(inside.get())) {
+        Ref on_edge = call_method(self, id<"_on_triangle">(), {p1.get(), p2.get(), p3.get(), p.get()});
+        if (!truth(on_edge.get())) continue;
+      }
+      tritest = true;
+    }
+    if (PyErr_Occurred()) throw PyError{};
+    if (!tritest) {
+      check(PySequence_DelItem(new_circumference.get(), i % size));
+      Ref triangle = call(global<"Triangle">().get(), {p1.get(), p2.get(), p3.get()});
+      return tuple({triangle.get(), new_circumference.get()});
+    }
+  }
+  raise(PyExc_ValueError, "No ear found, unexpected error");
+}
+
+Ref triangulate_by_earclipping(const Args& a) {
+  PyObject* self = a.self();
+  if (Ref native = native_path(natives, [&] { return native_triangulation(self); })) return native;
+  Ref triangles = check(PyList_New(0));
+  Ref clockwise = call_method(self, id<"has_clockwise_circumference">(), {});
+  Ref points = getattr(self, id<"points">());
+  Ref step = new_int(truth(clockwise.get()) ? -1 : 1);
+  Ref all = check(PySlice_New(nullptr, nullptr, step.get()));
+  Ref circumference = check(PyObject_GetItem(points.get(), all.get()));
+  while (check(PyObject_Length(circumference.get())) >= 3) {
+    require_counter_clockwise(circumference.get());
+    Ref ear = call_method(self, id<"_get_ear">(), {circumference.get()});
+    Ref parts[2];
+    unpack(ear.get(), 2, parts);
+    circumference = std::move(parts[1]);
+    check(PyList_Append(triangles.get(), parts[0].get()));
+  }
+  return triangles;
+}
+
+
+constexpr Member convex_angle_when_ccw_member =
+    static_method("_convex_angle_when_ccw", "(p1: Point, p2: Point, p3: Point) -> bool", convex_angle_when_ccw,
+                  "Whether the turn p1, p2, p3 is not to the right (a straight angle counts as convex).");
+constexpr Member on_triangle_member =
+    static_method("_on_triangle", "(p1: Point, p2: Point, p3: Point, p: Point) -> bool", on_triangle,
+                  "Whether p lies on an edge of the triangle, ends included.");
+constexpr Member in_triangle_member =
+    static_method("_in_triangle", "(p1: Point, p2: Point, p3: Point, p: Point) -> bool", in_triangle,
+                  "Whether p lies strictly inside the triangle (barycentric, 1e-7 added to the denominator).");
+constexpr Member get_ear_member =
+    method("_get_ear", "(circumference: List[Point]) -> Tuple[Triangle, List[Point]]", get_ear,
+           "The first ear of a counter-clockwise circumference and the circumference without its tip.");
+constexpr Member triangulate_by_earclipping_member =
+    method("_triangulate_by_earclipping", "() -> List[Triangle]", triangulate_by_earclipping,
+           "All triangles of the polygon, counter-clockwise, in clipping order.");
 
 // ---- the mesh ----
 
@@ -306,8 +760,6 @@ constexpr Member extrude_member =
            "An Extrusion of this clockwise polygon along `line`; the corners' z is dropped.");
 
 }  // namespace
-
-const ClassGuard& polygon_class() { return guard; }
 
 void define_polygon() {
   define_class(
