@@ -1,12 +1,15 @@
 // Polyline: a chain of straight segments given by its points in order. The list of
 // points is the only field, public and writable, and its Point objects are shared with
 // the caller; every member computes anew at each call and returns new polylines.
-// This file holds construction, comparison, extents, reversal, clean-up, monotonicity
-// and the point-on-polyline test; the other operations have files of their own.
+// This file holds construction, comparison, extents, reversal, clean-up, monotonicity,
+// the point-on-polyline test and the native reading of polylines; the other operations
+// have files of their own.
 #include "curves/polyline.hpp"
 
-#include "curves/polyline_native.hpp"
+#include "curves/line.hpp"
+#include "foundations/point.hpp"
 #include "foundations/tolerance.hpp"
+#include "foundations/vector.hpp"
 #include "module/boundary.hpp"
 #include "module/globals.hpp"
 
@@ -215,14 +218,14 @@ constexpr Member monotonic_y_member =
 
 enum class PointIsOnPolyline { self, point };
 Ref point_is_on_polyline(const Args& a) {
-  if (auto native = NativePolylines::start()) {
-    kernel::Chain c;
-    kernel::Node q;
-    if (native->read(a.self(), c) && native->read_point(a[PointIsOnPolyline::point], q))
-      if (auto on = native_result(
-              [&] { return boolean(native->kernel().point_is_on_polyline(c, {c, native->tolerances()}, q)); }))
-        return *on;
-  }
+  if (Ref r = native_path(polyline_natives(), [&] {
+        auto native = NativePolylines::start();
+        kernel::Chain c;
+        kernel::Node q;
+        if (!native || !native->read(a.self(), c) || !native->read_point(a[PointIsOnPolyline::point], q)) return Ref{};
+        return boolean(native->kernel().point_is_on_polyline(c, {c, native->tolerances()}, q));
+      }))
+    return r;
   Ref lines = getattr(a.self(), id<"lines">());
   Ref items = check(PyObject_GetIter(lines.get()));
   while (Ref line = Ref::steal(PyIter_Next(items.get()))) {
@@ -239,6 +242,80 @@ constexpr Member point_is_on_polyline_member = method("point_is_on_polyline", "(
 }  // namespace
 
 const ClassGuard& polyline_class() { return guard; }
+
+namespace {
+
+// The classes whose members the documented steps of Polyline use, directly or through
+// the line functions.
+Natives natives{{&polyline_class(), &point_class(), &line_class(), &vector_class()}};
+
+}  // namespace
+
+const Natives& polyline_natives() { return natives; }
+
+std::optional<NativePolylines> NativePolylines::start() {
+  const auto t = native_tolerances();
+  if (!t) return std::nullopt;
+  return NativePolylines(*t);
+}
+
+bool NativePolylines::read(PyObject* polyline, kernel::Chain& out) {
+  if (!polyline_class().admits(polyline) || !holds_only_fields(polyline, 1)) return false;
+  Ref dict = Ref::borrow(instance_dict(polyline));
+  Ref points = Ref::borrow(dict ? PyDict_GetItemWithError(dict.get(), id<"points">()) : nullptr);
+  if (!points || !PyList_CheckExact(points.get())) {
+    PyErr_Clear();
+    return false;
+  }
+  // Held: the list is the caller's, and reading a point may run a key's __eq__.
+  const Py_ssize_t n = PyList_GET_SIZE(points.get());
+  std::vector<Ref> items;
+  items.reserve(static_cast<std::size_t>(n));
+  for (Py_ssize_t i = 0; i < n && i < PyList_GET_SIZE(points.get()); ++i)
+    items.push_back(Ref::borrow(PyList_GET_ITEM(points.get(), i)));
+  out.clear();
+  out.reserve(items.size());
+  const int source = static_cast<int>(sources_.size());
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    const auto p = ostrel::read_point(items[i].get());
+    if (!p) return false;
+    out.push_back({*p, source, static_cast<std::int64_t>(i)});
+  }
+  if (!kernel::tame(out)) return false;
+  sources_.push_back(std::move(items));
+  return true;
+}
+
+bool NativePolylines::read_point(PyObject* point, kernel::Node& out) {
+  kernel::Chain one;
+  const auto p = ostrel::read_point(point);
+  if (!p) return false;
+  one.push_back({*p, static_cast<int>(sources_.size()), 0});
+  if (!kernel::tame(one)) return false;
+  sources_.push_back({Ref::borrow(point)});
+  out = one.front();
+  return true;
+}
+
+Ref NativePolylines::point(const kernel::Node& n) {
+  if (n.source != kernel::fresh) return sources_[static_cast<std::size_t>(n.source)][static_cast<std::size_t>(n.index)];
+  Ref& made = made_[n.index];
+  if (!made) made = make_point(n.at);
+  return made;
+}
+
+Ref NativePolylines::list(const kernel::Chain& c) {
+  Ref items = check(PyList_New(static_cast<Py_ssize_t>(c.size())));
+  for (std::size_t i = 0; i < c.size(); ++i)
+    PyList_SET_ITEM(items.get(), static_cast<Py_ssize_t>(i), point(c[i]).release());
+  return items;
+}
+
+Ref NativePolylines::polyline(const kernel::Chain& c) {
+  Ref points = list(c);
+  return new_instance(polyline_class(), {{id<"points">(), points.get()}});
+}
+
 
 Ref new_polyline(PyObject* points) {
   Ref cls = global<"Polyline">();
@@ -266,7 +343,7 @@ bool next_pair(PyObject* pairs, Ref& first, Ref& second) {
 
 Ref line_or_nothing(PyObject* a, PyObject* b) {
   Ref line;
-  raises_value_error([&] {
+  raises(PyExc_ValueError, [&] {
     Ref cls = global<"Line">();
     line = call(cls.get(), {a, b});
   });

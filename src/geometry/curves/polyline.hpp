@@ -1,14 +1,53 @@
-// The face of Polyline, shared by its source files: the class guard, the members each
-// file defines, and the few host operations the documented steps repeat everywhere.
+// The face of Polyline, shared by its source files: the class guard, the native reading
+// of polylines, the members each file defines, and the few host operations the
+// documented steps repeat everywhere.
 #pragma once
 
+#include <cstdint>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "curves/polyline_kernel.hpp"
 #include "module/class_builder.hpp"
+#include "module/native_path.hpp"
 #include "module/objects.hpp"
 
 namespace ostrel {
 
-// The Polyline class as the module built it.
+// The Polyline class as the module built it, and what its native paths stand in for.
 const ClassGuard& polyline_class();
+const Natives& polyline_natives();
+
+// The native paths' reading of polylines of the module's own, unchanged classes into
+// chains for polyline_kernel, and the kernel's chains made into Python results.
+class NativePolylines {
+ public:
+  // For the tolerances of the call when they are plain numbers; nothing otherwise.
+  static std::optional<NativePolylines> start();
+
+  // The points of an instance of the unchanged Polyline holding nothing but an exact
+  // list of points that read natively and are tame (see kernel::tame); false otherwise.
+  bool read(PyObject* polyline, kernel::Chain& out);
+  // A Point of the module's own class, as a chain of one.
+  bool read_point(PyObject* point, kernel::Node& out);
+
+  // The caller's own object for a point read, one new Point per point the kernel made.
+  Ref point(const kernel::Node& n);
+  Ref list(const kernel::Chain& c);
+  // A new plain Polyline, as `Polyline(points)` makes it.
+  Ref polyline(const kernel::Chain& c);
+
+  kernel::Polylines& kernel() { return kernel_; }
+  const kernel::Tolerances& tolerances() const { return kernel_.tolerances(); }
+
+ private:
+  explicit NativePolylines(const kernel::Tolerances& t) : kernel_(t) {}
+  kernel::Polylines kernel_;
+  std::vector<std::vector<Ref>> sources_;
+  std::unordered_map<std::int64_t, Ref> made_;
+};
+
 
 // The members, each defined in the file of its concept.
 extern const Member intersections_with_polyline_member, intersections_with_x_location_member, split_member,
@@ -40,19 +79,5 @@ Ref line_or_nothing(PyObject* a, PyObject* b);
 // asks for them.
 enum class SortKey { point, piece };
 void sort_by_distance(PyObject* list, PyObject* start, SortKey key);
-
-// Runs `body` and reports whether it raised ValueError, which is then cleared; any other
-// exception goes on.
-template <typename Body>
-bool raises_value_error(Body&& body) {
-  try {
-    body();
-    return false;
-  } catch (const PyError&) {
-    if (!PyErr_ExceptionMatches(PyExc_ValueError)) throw;
-    PyErr_Clear();
-    return true;
-  }
-}
 
 }  // namespace ostrel

@@ -1,7 +1,6 @@
 // Polyline: the stretches two polylines share, and merging two polylines that touch end
 // to end or share one stretch at an end.
 #include "curves/polyline.hpp"
-#include "curves/polyline_native.hpp"
 #include "module/globals.hpp"
 
 namespace ostrel {
@@ -22,19 +21,18 @@ Ref chain_of(PyObject* pieces) {
 
 enum class FindOverlaps { self, other };
 Ref find_overlaps(const Args& a) {
-  if (auto native = NativePolylines::start()) {
-    kernel::Chain self, other;
-    if (native->read(a.self(), self) && native->read(a[FindOverlaps::other], other))
-      if (auto found = native_result([&] {
-            Ref overlaps = check(PyList_New(0));
-            for (const kernel::Chain& c : native->kernel().find_overlaps(self, other)) {
-              Ref polyline = native->polyline(c);
-              check(PyList_Append(overlaps.get(), polyline.get()));
-            }
-            return overlaps;
-          }))
-        return *found;
-  }
+  if (Ref r = native_path(polyline_natives(), [&] {
+        auto native = NativePolylines::start();
+        kernel::Chain self, other;
+        if (!native || !native->read(a.self(), self) || !native->read(a[FindOverlaps::other], other)) return Ref{};
+        Ref overlaps = check(PyList_New(0));
+        for (const kernel::Chain& c : native->kernel().find_overlaps(self, other)) {
+          Ref polyline = native->polyline(c);
+          check(PyList_Append(overlaps.get(), polyline.get()));
+        }
+        return overlaps;
+      }))
+    return r;
   Ref overlap_polylines = check(PyList_New(0));
   Ref overlap_lines = check(PyList_New(0));
   Ref own_points = points_of(a.self());
@@ -131,12 +129,13 @@ Ref join_ends(PyObject* self, PyObject* other, Py_ssize_t overlaps) {
 enum class CombineWith { self, other };
 Ref combine_with(const Args& a) {
   PyObject *self = a.self(), *other = a[CombineWith::other];
-  if (auto native = NativePolylines::start()) {
-    kernel::Chain mine, theirs;
-    if (native->read(self, mine) && native->read(other, theirs))
-      if (auto combined = native_result([&] { return native->polyline(native->kernel().combine_with(mine, theirs)); }))
-        return *combined;
-  }
+  if (Ref r = native_path(polyline_natives(), [&] {
+        auto native = NativePolylines::start();
+        kernel::Chain mine, theirs;
+        if (!native || !native->read(self, mine) || !native->read(other, theirs)) return Ref{};
+        return native->polyline(native->kernel().combine_with(mine, theirs));
+      }))
+    return r;
   Ref overlaps = call_method(self, id<"find_overlaps">(), {other});
   const Py_ssize_t count = length_of(overlaps.get());
   if (count != 1) return join_ends(self, other, count);

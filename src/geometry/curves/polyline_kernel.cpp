@@ -146,7 +146,7 @@ bool Polylines::point_is_on_polyline(const Chain& c, const PairIndex& index, con
 }
 
 std::pair<Chain, Chain> Polylines::split(const Chain& c, const PairIndex& index, const Node& q) const {
-  if (!point_is_on_polyline(c, index, q)) throw StepsRaise{};
+  if (!point_is_on_polyline(c, index, q)) throw TakeSteps{};
   const auto range = index.range(q.at.x);
   Chain before, after;
   bool found = false;
@@ -169,7 +169,7 @@ std::pair<Chain, Chain> Polylines::split(const Chain& c, const PairIndex& index,
 
 Chain Polylines::polyline_between(const Chain& c, const PairIndex& index, const Node& start, const Node& end,
                                   bool inclusive) const {
-  if (!point_is_on_polyline(c, index, start) || !point_is_on_polyline(c, index, end)) throw StepsRaise{};
+  if (!point_is_on_polyline(c, index, start) || !point_is_on_polyline(c, index, end)) throw TakeSteps{};
   const auto start_range = index.range(start.at.x), end_range = index.range(end.at.x);
   // The points of split(c, start)[1], made one at a time from the first pair that finds
   // the start: only as many as the second split reads. Each tells the index in `c` it
@@ -245,7 +245,7 @@ Chain Polylines::polyline_between(const Chain& c, const PairIndex& index, const 
 
 Chain Polylines::intersections_with_x_location(const Chain& c, double x, const PairIndex* index) {
   const Segment x_line{{x, 0.0, 0.0}, {x, 1.0, 0.0}};
-  if (coincide(x_line.start, x_line.end, t_.module)) throw StepsRaise{};
+  if (coincide(x_line.start, x_line.end, t_.module)) throw TakeSteps{};
   Chain found;
   auto add = [&](const Node& n) {
     if (found.empty() || !equal(n, found.back())) found.push_back(n);
@@ -280,7 +280,7 @@ Chain Polylines::intersections_with_polyline(const Chain& self, const Chain& oth
     line_intersections.clear();
     others.meeting(mine.low, mine.high, [&](std::size_t theirs) {
       const Crossing crossing = intersection_bounded_lines(segment(self, own), segment(other, theirs), true, t_);
-      if (crossing.kind == Crossing::Kind::mismatch) throw StepsRaise{};
+      if (crossing.kind == Crossing::Kind::mismatch) throw TakeSteps{};
       if (crossing.kind == Crossing::Kind::none) return;
       const Node n = make(crossing.point);
       if (!intersections.empty() && equal(n, intersections.back())) return;
@@ -298,7 +298,7 @@ Chain Polylines::intersections_with_polyline(const Chain& self, const Chain& oth
 }
 
 Chain concatenate(Chain first, const Chain& second, const Tolerances& t) {
-  if (!first.empty() && !second.empty() && !coincide(first.back().at, second.front().at, t.module)) throw StepsRaise{};
+  if (!first.empty() && !second.empty() && !coincide(first.back().at, second.front().at, t.module)) throw TakeSteps{};
   if (first.empty()) return second;
   if (!second.empty()) first.insert(first.end(), second.begin() + 1, second.end());
   return first;
@@ -367,7 +367,7 @@ Chain Polylines::combine_with(Chain self, const Chain& other, std::size_t own_fr
     if (equal(self.back(), other.back())) return concatenate(std::move(self), reversed(other), t_);
     if (equal(self.front(), other.back())) return concatenate(other, self, t_);
     if (equal(self.front(), other.front())) return concatenate(reversed(other), self, t_);
-    throw StepsRaise{};
+    throw TakeSteps{};
   }
   const Chain& overlap = overlaps.front();
   const Node &start = overlap.front(), &end = overlap.back();
@@ -385,14 +385,14 @@ Chain Polylines::combine_with(Chain self, const Chain& other, std::size_t own_fr
     else if (equal(start, other.back()))
       add(part(reversed(other), end, 1));
     else
-      throw StepsRaise{};
+      throw TakeSteps{};
   } else if (equal(start, self.front()) && !equal(end, self.back())) {
     if (equal(end, other.back()))
       add(part(other, start, 0));
     else if (equal(end, other.front()))
       add(part(reversed(other), start, 0));
     else
-      throw StepsRaise{};
+      throw TakeSteps{};
     add(overlap);
     add(part(self, end, 1));
   } else if ((equal(start, other.front()) && equal(end, other.back())) ||
@@ -402,7 +402,7 @@ Chain Polylines::combine_with(Chain self, const Chain& other, std::size_t own_fr
     add(part(self, end, 1));
   } else if (equal(start, self.front()) && equal(end, self.back())) {
     const std::vector<Chain> theirs = find_overlaps(other, overlap);
-    if (theirs.empty()) throw StepsRaise{};
+    if (theirs.empty()) throw TakeSteps{};
     const Chain& first = theirs.front();
     bool same = first.size() == overlap.size();
     for (std::size_t i = 0; same && i < first.size(); ++i) same = equal(first[i], overlap[i]);
@@ -419,7 +419,7 @@ bool Polylines::second_is_lowest_or_highest(const Chain& p1, const Chain& p2, bo
   // Whether `point` lies lower (or higher) than `other` at its x: yes, no, or no answer.
   auto compare = [&](const Node& point, const Chain& other) -> int {
     const Chain at = intersections_with_x_location(other, point.at.x, &other == &p1 ? &index_1 : &index_2);
-    if (at.empty()) throw StepsRaise{};
+    if (at.empty()) throw TakeSteps{};
     const double y = point.at.y, other_y = at.front().at.y;
     if (isclose(y, other_y, t_.abs)) return 0;
     if (lowest ? y < other_y : y > other_y) return 1;
@@ -434,7 +434,7 @@ bool Polylines::second_is_lowest_or_highest(const Chain& p1, const Chain& p2, bo
 }
 
 Chain Polylines::lowest_or_highest_profile(const Chain& profile_1, const Chain& profile_2, bool lowest) {
-  if (!monotonic_ascending_x(profile_1) || !monotonic_ascending_x(profile_2)) throw StepsRaise{};
+  if (!monotonic_ascending_x(profile_1) || !monotonic_ascending_x(profile_2)) throw TakeSteps{};
   if (profile_1.empty() || profile_2.empty()) return {};
   // x_min and x_max of each, then max() and min() of two: the first unless the second
   // lies strictly beyond it.
@@ -450,7 +450,7 @@ Chain Polylines::lowest_or_highest_profile(const Chain& profile_1, const Chain& 
   const double x_max = p2_x_max < p1_x_max ? p2_x_max : p1_x_max;
   auto at = [&](const Chain& c, double x, bool last) {
     const Chain found = intersections_with_x_location(c, x);
-    if (found.empty()) throw StepsRaise{};
+    if (found.empty()) throw TakeSteps{};
     return last ? found.back() : found.front();
   };
   const Node p1_start = at(profile_1, x_min, true), p1_end = at(profile_1, x_max, false);

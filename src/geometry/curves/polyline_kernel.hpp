@@ -4,7 +4,7 @@
 // keeps where it came from, so that the face can hand back the caller's own Point
 // objects where the steps pass them through.
 //
-// Where the steps would raise, the kernel throws StepsRaise (or an ArithmeticFault) and
+// Where the steps would raise, the kernel throws TakeSteps (or an ArithmeticFault) and
 // the face takes the documented steps instead, which raise the exception due: nothing
 // the kernel does is visible to the caller, so running the steps afterwards is exact.
 #pragma once
@@ -26,8 +26,6 @@ struct Node {
 };
 inline constexpr int fresh = -1;
 using Chain = std::vector<Node>;
-
-struct StepsRaise {};
 
 // Coordinates for which no step can overflow or lose a vector to underflow: finite, and
 // zero or of a magnitude between 1e-140 and 1e140. Only such chains take native paths,

@@ -2,7 +2,6 @@
 // right, over the stretch of x that both cover.
 #include "curves/line.hpp"
 #include "curves/polyline.hpp"
-#include "curves/polyline_native.hpp"
 #include "foundations/tolerance.hpp"
 #include "module/globals.hpp"
 
@@ -19,15 +18,16 @@ Ref at_x(PyObject* profile, PyObject* x, Py_ssize_t index) {
 enum class Profile { cls, profile_1, profile_2, lowest };
 Ref lowest_or_highest_profile(const Args& a) {
   PyObject* cls = a.self();
-  if (auto native = NativePolylines::start()) {
-    kernel::Chain first, second;
-    const auto lowest = plain_truth(a[Profile::lowest]);
-    if (lowest && cls == polyline_class().cls() && native->read(a[Profile::profile_1], first) &&
-        native->read(a[Profile::profile_2], second))
-      if (auto envelope = native_result(
-              [&] { return native->polyline(native->kernel().lowest_or_highest_profile(first, second, *lowest)); }))
-        return *envelope;
-  }
+  if (Ref r = native_path(polyline_natives(), [&] {
+        auto native = NativePolylines::start();
+        kernel::Chain first, second;
+        const auto lowest = plain_truth(a[Profile::lowest]);
+        if (!native || !lowest || cls != polyline_class().cls() || !native->read(a[Profile::profile_1], first) ||
+            !native->read(a[Profile::profile_2], second))
+          return Ref{};
+        return native->polyline(native->kernel().lowest_or_highest_profile(first, second, *lowest));
+      }))
+    return r;
   Ref profile_1 = Ref::borrow(a[Profile::profile_1]), profile_2 = Ref::borrow(a[Profile::profile_2]);
   PyObject* lowest = a[Profile::lowest];
   Ref monotonic_1 =
@@ -91,15 +91,14 @@ Ref lowest_or_highest_profile(const Args& a) {
 enum class FindLowestOrHighest { p1, p2, lowest };
 Ref find_lowest_or_highest(const Args& a) {
   PyObject *p1 = a[FindLowestOrHighest::p1], *p2 = a[FindLowestOrHighest::p2];
-  if (auto native = NativePolylines::start()) {
-    kernel::Chain first, second;
-    const auto lowest = plain_truth(a[FindLowestOrHighest::lowest]);
-    if (lowest && native->read(p1, first) && native->read(p2, second))
-      if (auto which = native_result([&] {
-            return Ref::borrow(native->kernel().second_is_lowest_or_highest(first, second, *lowest) ? p2 : p1);
-          }))
-        return *which;
-  }
+  if (Ref r = native_path(polyline_natives(), [&] {
+        auto native = NativePolylines::start();
+        kernel::Chain first, second;
+        const auto lowest = plain_truth(a[FindLowestOrHighest::lowest]);
+        if (!native || !lowest || !native->read(p1, first) || !native->read(p2, second)) return Ref{};
+        return Ref::borrow(native->kernel().second_is_lowest_or_highest(first, second, *lowest) ? p2 : p1);
+      }))
+    return r;
   // The part that wins at `point` against the other's height there; nothing where they agree.
   auto winner = [&](PyObject* point, PyObject* mine, PyObject* theirs) -> PyObject* {
     Ref x = getattr(point, id<"x">());

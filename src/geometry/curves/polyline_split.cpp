@@ -2,7 +2,6 @@
 // the part between two points, and joining two polylines end to end.
 #include "curves/line.hpp"
 #include "curves/polyline.hpp"
-#include "curves/polyline_native.hpp"
 #include "foundations/tolerance.hpp"
 #include "module/globals.hpp"
 
@@ -19,13 +18,15 @@ bool repeats_last(PyObject* items, PyObject* point) {
 
 enum class IntersectionsWithPolyline { self, other_polyline };
 Ref intersections_with_polyline(const Args& a) {
-  if (auto native = NativePolylines::start()) {
-    kernel::Chain self, other;
-    if (native->read(a.self(), self) && native->read(a[IntersectionsWithPolyline::other_polyline], other))
-      if (auto found =
-              native_result([&] { return native->list(native->kernel().intersections_with_polyline(self, other)); }))
-        return *found;
-  }
+  if (Ref r = native_path(polyline_natives(), [&] {
+        auto native = NativePolylines::start();
+        kernel::Chain self, other;
+        if (!native || !native->read(a.self(), self) ||
+            !native->read(a[IntersectionsWithPolyline::other_polyline], other))
+          return Ref{};
+        return native->list(native->kernel().intersections_with_polyline(self, other));
+      }))
+    return r;
   Ref intersections = check(PyList_New(0));
   Ref lines = getattr(a.self(), id<"lines">());
   Ref own = check(PyObject_GetIter(lines.get()));
@@ -53,14 +54,13 @@ Ref intersections_with_polyline(const Args& a) {
 
 enum class IntersectionsWithX { self, x };
 Ref intersections_with_x_location(const Args& a) {
-  if (auto native = NativePolylines::start()) {
-    kernel::Chain self, at{{{a.num(IntersectionsWithX::x), 0.0, 0.0}, kernel::fresh, 0}};
-    if (native->read(a.self(), self) && kernel::tame(at))
-      if (auto found = native_result([&] {
-            return native->list(native->kernel().intersections_with_x_location(self, a.num(IntersectionsWithX::x)));
-          }))
-        return *found;
-  }
+  if (Ref r = native_path(polyline_natives(), [&] {
+        auto native = NativePolylines::start();
+        kernel::Chain self, at{{{a.num(IntersectionsWithX::x), 0.0, 0.0}, kernel::fresh, 0}};
+        if (!native || !native->read(a.self(), self) || !kernel::tame(at)) return Ref{};
+        return native->list(native->kernel().intersections_with_x_location(self, a.num(IntersectionsWithX::x)));
+      }))
+    return r;
   Ref x = new_float(a.num(IntersectionsWithX::x));
   Ref zero = new_int(0), one = new_int(1);
   Ref point_cls = global<"Point">();
@@ -97,18 +97,17 @@ Ref intersections_with_x_location(const Args& a) {
 enum class Split { self, point };
 Ref split(const Args& a) {
   PyObject *self = a.self(), *point = a[Split::point];
-  if (auto native = NativePolylines::start()) {
-    kernel::Chain c;
-    kernel::Node q;
-    if (native->read(self, c) && native->read_point(point, q))
-      if (auto parts = native_result([&] {
-            auto [before, after] = native->kernel().split(c, {c, native->tolerances()}, q);
-            Ref first = native->polyline(before);
-            Ref second = native->polyline(after);
-            return tuple({first.get(), second.get()});
-          }))
-        return *parts;
-  }
+  if (Ref r = native_path(polyline_natives(), [&] {
+        auto native = NativePolylines::start();
+        kernel::Chain c;
+        kernel::Node q;
+        if (!native || !native->read(self, c) || !native->read_point(point, q)) return Ref{};
+        auto [before, after] = native->kernel().split(c, {c, native->tolerances()}, q);
+        Ref first = native->polyline(before);
+        Ref second = native->polyline(after);
+        return tuple({first.get(), second.get()});
+      }))
+    return r;
   Ref on = call_method(self, id<"point_is_on_polyline">(), {point});
   if (!truth(on.get())) {
     Ref points = points_of(self);
@@ -123,7 +122,7 @@ Ref split(const Args& a) {
   for (Py_ssize_t i = 0; next_pair(pairs.get(), start, end); ++i) {
     if (i == 0) check(PyList_Append(before.get(), start.get()));
     bool on_segment = false;
-    if (raises_value_error([&] {
+    if (raises(PyExc_ValueError, [&] {
           Ref line_cls = global<"Line">();
           Ref line = call(line_cls.get(), {start.get(), end.get()});
           Ref function = global<"point_is_on_bounded_line">();
@@ -152,17 +151,17 @@ Ref split(const Args& a) {
 enum class Between { self, start_point, end_point, inclusive };
 Ref get_polyline_between(const Args& a) {
   PyObject *self = a.self(), *start = a[Between::start_point], *end = a[Between::end_point];
-  if (auto native = NativePolylines::start()) {
-    kernel::Chain c;
-    kernel::Node from, to;
-    const auto inclusive = plain_truth(a[Between::inclusive]);
-    if (inclusive && native->read(self, c) && native->read_point(start, from) && native->read_point(end, to))
-      if (auto between = native_result([&] {
-            return native->polyline(
-                native->kernel().polyline_between(c, {c, native->tolerances()}, from, to, *inclusive));
-          }))
-        return *between;
-  }
+  if (Ref r = native_path(polyline_natives(), [&] {
+        auto native = NativePolylines::start();
+        kernel::Chain c;
+        kernel::Node from, to;
+        const auto inclusive = plain_truth(a[Between::inclusive]);
+        if (!native || !inclusive || !native->read(self, c) || !native->read_point(start, from) ||
+            !native->read_point(end, to))
+          return Ref{};
+        return native->polyline(native->kernel().polyline_between(c, {c, native->tolerances()}, from, to, *inclusive));
+      }))
+    return r;
   Ref start_on = call_method(self, id<"point_is_on_polyline">(), {start});
   if (!truth(start_on.get())) raise(PyExc_ValueError, "start_point not on given polyline");
   Ref end_on = call_method(self, id<"point_is_on_polyline">(), {end});
@@ -170,7 +169,7 @@ Ref get_polyline_between(const Args& a) {
   Ref parts = call_method(self, id<"split">(), {start});
   Ref after_start = getitem(parts.get(), 1);
   Ref between;
-  if (raises_value_error([&] {
+  if (raises(PyExc_ValueError, [&] {
         Ref pieces = call_method(after_start.get(), id<"split">(), {end});
         between = getitem(pieces.get(), 0);
       })) {

@@ -40,7 +40,7 @@ struct CoordinateFields {
 
   // ClassName(x, y, z) through the module global of that name.
   static Ref make(kernel::Vec3 v) {
-    if (natives.hold()) return fresh(v);
+    if (Ref made = native_path(natives, [&] { return fresh(v); })) return made;
     Ref fx = new_float(v.x), fy = new_float(v.y), fz = new_float(v.z);
     return call(global<ClassName>().get(), {fx.get(), fy.get(), fz.get()});
   }
@@ -100,11 +100,13 @@ struct CoordinateFields {
   static Ref eq(const Args& a) {
     PyObject* other = a[Eq::other];
     restore_slots(a.self());
-    if (!(guard.admits(other) && natives.hold()) && !isinstance(other, global<ClassName>().get()))
-      return Ref::borrow(Py_NotImplemented);
-    const auto mine = read(a.self()), theirs = mine ? read(other) : std::nullopt;
-    const auto t = theirs ? native_tolerances() : std::nullopt;
-    if (t) return boolean(kernel::coincide(*mine, *theirs, t->module));
+    if (Ref r = native_path(natives, [&] {
+          const auto mine = read(a.self()), theirs = mine ? read(other) : std::nullopt;
+          const auto t = theirs ? native_tolerances() : std::nullopt;
+          return t ? boolean(kernel::coincide(*mine, *theirs, t->module)) : Ref{};
+        }))
+      return r;
+    if (!isinstance(other, global<ClassName>().get())) return Ref::borrow(Py_NotImplemented);
     kernel::Tolerance tolerance{};
     bool read_tolerance = false;
     for (Ref (*field)(PyObject*) : {x_of, y_of, z_of}) {
