@@ -55,7 +55,12 @@ def prepare():
         source, target = ROOT / name, COPY / name
         if source.is_file() and (not target.exists() or target.read_bytes() != source.read_bytes()):
             target.parent.mkdir(parents=True, exist_ok=True)
-            shutil.copy2(source, target)
+            shutil.copy(source, target)  # a new time stamp, so that the build sees the change
+    for folder in ("src", "tests", "tools"):  # files the working tree no longer has
+        for target in (COPY / folder).rglob("*"):
+            if target.is_file() and "__pycache__" not in target.parts and \
+                    str(target.relative_to(COPY)) not in tracked:
+                target.unlink()
     if not PYTHON.exists():
         subprocess.run([sys.executable, "-m", "venv", str(VENV)], check=True)
         subprocess.run([str(PYTHON), "-m", "pip", "install", "-q", "scikit-build-core", "numpy"], check=True)
@@ -90,7 +95,7 @@ def main():
         return
     prepare()
     if suite(options.timeout) != 0:
-        raise SystemExit("the suite fails on the unmutated copy")
+        raise SystemExit(f"the suite fails on the unmutated copy: run it in {COPY} to see why")
     killed, survived, invalid = [], [], []
     for file, description, find, replace in mutants:
         path = COPY / file
