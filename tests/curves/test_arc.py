@@ -6,13 +6,13 @@ from hypothesis import given, strategies as st
 
 from ostrel.geometry import Arc, ArcRevolve, Point
 
+from differential import steps
+
 PI = math.pi
 O = Point(0, 0, 0)
 
 
-class Marked(Arc):
-    """Adds a member, so that the module takes the documented steps one by one."""
-    marked = True
+Marked = steps(Arc)
 
 
 def on_circle(degrees, r=1.0, centre=(0.0, 0.0)):

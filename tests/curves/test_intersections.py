@@ -10,11 +10,9 @@ from ostrel.geometry import (Line, Point, calculate_intersection_bounded_line_ex
                              calculate_intersection_extended_line_with_x, calculate_intersection_extended_line_with_y,
                              calculate_intersection_extended_lines, point_is_on_bounded_line)
 
+from differential import steps, xyz
+
 between = geometry._between_bounds
-
-
-def xyz(p):
-    return (p.x, p.y, p.z)
 
 
 @pytest.mark.parametrize("args, expected", [
@@ -32,11 +30,6 @@ def test_between_bounds_gives_the_inclusive_object_itself():
     assert between(0, 0, 2, marker) is marker
     assert between(1, 0, 2, marker) is True
     assert geometry.point_is_on_bounded_line((2, 2), Line((0, 0), (2, 2)), marker) is marker
-
-
-def test_x_between_bounds_calls_the_global(monkeypatch):
-    monkeypatch.setattr(geometry, "_between_bounds", lambda *args: args)
-    assert geometry.x_between_bounds(1, 2, 3) == (1.0, 2.0, 3.0, True)
 
 
 @pytest.mark.parametrize("point, expected", [
@@ -107,9 +100,7 @@ def test_box_test_comes_before_the_tolerant_steps():
     assert xyz(calculate_intersection_bounded_line_extended_line(horizontal, vertical)) == (1 + ISCLOSE_ATOL / 2, 0, 0)
 
 
-class StepLine(Line):
-    """Adds a member: the functions take the documented steps."""
-    marker = True
+StepLine = steps(Line)
 
 
 @pytest.mark.parametrize("cls", [Line, StepLine])
@@ -139,25 +130,6 @@ def test_differing_one_sided_intersections_raise_a_bare_value_error():
     with pytest.raises(ValueError) as error:
         calculate_intersection_bounded_lines(first, second)
     assert error.value.args == ()
-
-
-def test_patched_globals_are_called(monkeypatch):
-    calls = []
-    original = geometry._between_bounds
-
-    def recording(*args):
-        calls.append(args)
-        return original(*args)
-
-    monkeypatch.setattr(geometry, "_between_bounds", recording)
-    assert xyz(calculate_intersection_bounded_lines(Line((0, 0), (2, 2)), Line((0, 2), (2, 0)))) == (1, 1, 0)
-    assert len(calls) == 4  # two axes for each of the two segments
-    monkeypatch.setattr(geometry, "get_line_function_parameters", lambda line: (0.0, 3.0))
-    with pytest.raises(ZeroDivisionError):
-        calculate_intersection_extended_line_with_y(Line((0, 0), (1, 1)), 3)
-    monkeypatch.setattr(geometry, "get_line_function_parameters", lambda line: (2.0, 3.0))
-    assert calculate_intersection_extended_line_with_y(Line((0, 0), (1, 1)), 5) == 1.0
-    assert xyz(calculate_intersection_extended_line_with_x(Line((0, 0), (1, 1)), 1)) == (1.0, 5.0, 0.0)
 
 
 def test_results_are_built_with_the_global_point(monkeypatch):

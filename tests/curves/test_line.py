@@ -9,18 +9,12 @@ from ostrel import geometry
 from ostrel.core import ISCLOSE_ATOL
 from ostrel.geometry import Line, Point, Vector
 
+from differential import steps, xyz
 
-def xyz(p):
-    return (p.x, p.y, p.z)
-
-
-class MyPoint(Point):
-    pass
+MyPoint = steps(Point)
 
 
-class Marked(Line):
-    """Adds a member, so that the module takes the documented steps one by one."""
-    marked = True
+Marked = steps(Line)
 
 
 both_ways = pytest.mark.parametrize("cls", [Line, Marked])
@@ -167,20 +161,6 @@ def test_find_overlap_tolerance_forms(monkeypatch, cls, first, second, expected)
     monkeypatch.setattr(geometry, "ISCLOSE_RTOL", 0.5)
     result = cls(*first).find_overlap(cls(*second))
     assert (result if result is None else segment(*result)) == expected
-
-
-def test_find_overlap_calls_the_module_interval_function(monkeypatch):
-    calls = []
-    interval_overlap = geometry.find_overlap
-
-    def recording(a, b, inclusive=False):
-        calls.append((a, b, inclusive))
-        return interval_overlap(a, b, inclusive)
-
-    monkeypatch.setattr(geometry, "find_overlap", recording)
-    result = Line((0, 0), (2, 2)).find_overlap(Line((1, 1), (3, 3)), True)
-    assert segment(*result) == ((1, 1, 0), (2, 2, 0))
-    assert calls == [((0.0, 2.0), (1.0, 3.0), True)] * 2
 
 
 class Leaning(Line):

@@ -13,40 +13,12 @@ import pytest
 from hypothesis import example, given, settings, strategies as st
 
 from ostrel import geometry
-from ostrel.geometry import Line, Point, Vector
+from ostrel.geometry import Line, Point
+
+from differential import outcome, steps
 
 
-class StepLine(Line):
-    marker = True
-
-
-class StepPoint(Point):
-    marker = True
-
-
-def describe(value):
-    """A comparable description of a result: floats exactly (NaN included), points and
-    lines by their coordinates, exceptions by type and text."""
-    if value is None or isinstance(value, bool):
-        return value
-    if isinstance(value, float):
-        return repr(value)
-    if isinstance(value, BaseException):
-        return type(value).__name__, str(value)
-    if isinstance(value, Line):
-        return "Line", describe(value.start_point), describe(value.end_point)
-    if isinstance(value, (Point, Vector)):
-        return type(value).__mro__[-2].__name__, tuple(repr(c) for c in (value.x, value.y, value.z))
-    if isinstance(value, tuple):
-        return tuple(describe(v) for v in value)
-    return repr(value)
-
-
-def outcome(function, *args):
-    try:
-        return describe(function(*args))
-    except Exception as error:  # the exception is part of the result
-        return describe(error)
+StepLine, StepPoint = steps(Line), steps(Point)
 
 
 def results(first, second, point, value, inclusive):
@@ -107,32 +79,3 @@ def test_copies_and_pickles_change_no_result():
     first, second = copy.deepcopy(first), pickle.loads(pickle.dumps(second))
     assert results(first, second, (1, 1, 0), 1.0, True) == before == results(StepLine(*first), StepLine(*second),
                                                                               (1, 1, 0), 1.0, True)
-
-
-WRONG = [None, "text", 5, (1, 2, 3, 4), (1,), [], math.nan, object(), Point(1, 2), Vector(1, 2, 3),
-         Line((0, 0), (1, 1)), ((0, 0, 0), (0, 0, 0))]
-
-
-SKIP = {"__class__", "__init_subclass__", "__subclasshook__", "__new__", "__reduce__", "__reduce_ex__", "__setattr__",
-        "__delattr__"}
-
-
-def test_wrong_arguments_raise_python_exceptions():
-    line = Line((0, 0), (1, 1))
-    for member in [getattr(line, name) for name in dir(Line) if name not in SKIP]:
-        for args in [()] + [(w,) for w in WRONG] + [(w, w) for w in WRONG]:
-            try:
-                member(*args)
-            except Exception:
-                pass
-
-
-@pytest.mark.parametrize("broken", [{"_start_point": "text"}, {"_end_point": None}])
-@pytest.mark.parametrize("use", [lambda l: l.horizontal, lambda l: l.find_overlap(Line((0, 0), (2, 2))),
-                                 lambda l: geometry.calculate_intersection_bounded_lines(l, Line((0, 1), (1, 0))),
-                                 lambda l: geometry.point_is_on_bounded_line((0, 0), l)])
-def test_broken_ends_raise(broken, use):
-    line = Line((0, 0), (1, 1))
-    vars(line).update(broken)
-    with pytest.raises(Exception):
-        use(line)

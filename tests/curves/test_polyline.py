@@ -1,7 +1,6 @@
 """Polyline: construction, extents, clean-up, monotonicity, intersections and splitting."""
 import pytest
 
-from ostrel import geometry
 from ostrel.geometry import Line, Point, Polyline
 
 A, B, C = Point(0, 0), Point(1, 1), Point(2, 0)
@@ -170,15 +169,3 @@ def test_methods_called_through_self_reach_overrides():
     before, after = Wide([A, B]).split(Point(7, 7))
     assert before.points == [A, B] and after.points == [] and type(before) is Polyline
 
-
-def test_patched_globals_are_called(monkeypatch):
-    calls = []
-    original = geometry.calculate_intersection_bounded_lines
-
-    def spy(*args, **kwargs):
-        calls.append(kwargs)
-        return original(*args, **kwargs)
-
-    monkeypatch.setattr(geometry, "calculate_intersection_bounded_lines", spy)
-    Polyline([A, C]).intersections_with_polyline(Polyline([Point(1, -1), B]))
-    assert calls == [{"inclusive": True}]

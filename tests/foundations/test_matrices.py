@@ -6,7 +6,6 @@ import numpy as np
 import pytest
 from hypothesis import given, strategies as st
 
-from ostrel import geometry
 from ostrel.geometry import (Point, Vector, mirror_object, reflection_matrix, rotation_matrix, scaling_matrix,
                              translation_matrix, unit_vector)
 
@@ -46,14 +45,6 @@ def test_rotation_is_proper_and_fixes_its_axis_through_point(a, d, p):
     assert matrix[3].tolist() == [0, 0, 0, 1]
     assert np.allclose(apply(matrix, p), p, atol=1e-9)
     assert np.allclose(apply(matrix, np.add(p, d)), np.add(p, d), atol=1e-9)
-
-
-def test_rotation_calls_the_module_unit_vector(monkeypatch):
-    calls = []
-    original = geometry.unit_vector
-    monkeypatch.setattr(geometry, "unit_vector", lambda data: calls.append(data) or original(data))
-    rotation_matrix(1.0, Vector(0, 0, 1))
-    assert calls == [(0.0, 0.0, 1.0)]
 
 
 @pytest.mark.parametrize("args, error, message", [

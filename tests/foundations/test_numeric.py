@@ -6,7 +6,6 @@ import numpy as np
 import pytest
 from hypothesis import given, strategies as st
 
-from ostrel import geometry
 from ostrel.core import ISCLOSE_ATOL
 from ostrel.geometry import (Point, _current_next, add_point, calculate_distance_vector, circumference_is_clockwise,
                              convert_points_for_lathe, find_overlap, hex_to_rgb, lines_in_same_plane,
@@ -129,11 +128,6 @@ def test_native_and_python_orientation_agree(corners):
     expected = circumference_is_clockwise([MyPoint(*p) for p in ring])
     assert circumference_is_clockwise(ring) is expected
     assert circumference_is_clockwise(tuple(ring)) is expected
-
-
-def test_orientation_walks_a_replaced_current_next(monkeypatch):
-    monkeypatch.setattr(geometry, "_current_next", lambda ring: zip(ring[::-1], ring[-2::-1]))
-    assert circumference_is_clockwise([Point(*p) for p in SQUARE]) is False
 
 
 def test_add_point():

@@ -8,7 +8,7 @@ import textwrap
 import pytest
 
 from ostrel import geometry
-from ostrel.geometry import Group, Point, Polyline, Triangle
+from ostrel.geometry import Point, Polyline, Triangle
 
 
 def survives(code, python=sys.executable):

@@ -12,23 +12,15 @@ import pytest
 from ostrel import geometry as g
 from ostrel.geometry import Point as P
 
+import differential
+
 CLASSES = [v for _, v in sorted(vars(g).items()) if isinstance(v, type) and v.__module__ == g.__name__]
 FUNCTIONS = [n for n, v in sorted(vars(g).items())
              if callable(v) and not isinstance(v, type) and getattr(v, "__module__", None) == g.__name__]
 SKIP = {"__dict__", "__doc__", "__module__", "__weakref__", "__abstractmethods__", "_abc_impl", "__new__",
         "__init_subclass__", "__subclasshook__", "__class_getitem__"}
-SUBCLASSES = {}
-
-
-def derived(cls):
-    """An empty subclass: its instances take the documented steps."""
-    if cls not in SUBCLASSES:
-        SUBCLASSES[cls] = type("Steps" + cls.__name__, (cls,), {})
-    return SUBCLASSES[cls]
-
-
 def make(cls, steps, *args):
-    return (derived(cls) if steps else cls)(*args)
+    return (differential.steps(cls) if steps else cls)(*args)
 
 
 def ring(steps, closed=False):
@@ -108,7 +100,7 @@ def calls():
                 continue
 
             def call(steps, cls=cls, member=member, static=static, parameters=parameters, built=built):
-                target = (derived(cls) if steps else cls) if static else built(steps)
+                target = (differential.steps(cls) if steps else cls) if static else built(steps)
                 return getattr(target, member)(*arguments(parameters, steps))
             found.append((f"{cls.__name__}.{member}", call))
     return found
@@ -182,3 +174,34 @@ def test_every_family_with_a_native_path_is_reached():
                    "calculate_intersection_bounded_lines", "circumference_is_clockwise", "Triangle.area",
                    "TriangleAssembly._get_vertices_and_faces", "RDWGSConverter.from_rd_to_wgs", "Vector.normalize"]:
         assert member in labels
+
+
+def ring_points(*xy):
+    return [P(*p) for p in xy]
+
+
+# Module globals the documented steps call by name, with a call that reaches them through plain
+# instances and the number of calls the steps make: a caller who replaces one sees the effect.
+LOOKUPS = [
+    ("_between_bounds", lambda: g.calculate_intersection_bounded_lines(g.Line((0, 0), (2, 2)), g.Line((0, 2), (2, 0))), 4),
+    ("_between_bounds", lambda: g.x_between_bounds(1, 2, 3), 1),
+    ("get_line_function_parameters", lambda: g.calculate_intersection_extended_line_with_y(g.Line((0, 0), (1, 1)), 5), 1),
+    ("calculate_intersection_bounded_lines",
+     lambda: g.Polyline(ring_points((0, 0), (2, 2))).intersections_with_polyline(g.Polyline(ring_points((1, -1), (1, 3)))), 1),
+    ("find_overlap", lambda: g.Line((0, 0), (2, 2)).find_overlap(g.Line((1, 1), (3, 3)), True), 2),
+    ("spherical_to_cartesian", lambda: g.Arc(P(1, 1), P(3, 1), P(1, 3)).discretize(5), 5),
+    ("unit_vector", lambda: g.rotation_matrix(1.0, g.Vector(0, 0, 1)), 1),
+    ("_current_next", lambda: g.circumference_is_clockwise(ring_points((0, 0), (0, 1), (1, 1), (1, 0), (0, 0))), 1),
+    ("_current_next", lambda: g.ArcRevolve(g.Arc(P(3, 0), P(4, 0), P(3, 1)))._trimesh_linestring, 1),
+    ("Vector", lambda: P(0, 0).vector_to((1, 2, 3)), 1),
+    ("circumference_is_clockwise", lambda: g.Polygon(ring_points((0, 0), (1, 0), (1, 1), (0, 1))).centroid, 5),
+    ("point_is_on_bounded_line", lambda: g.Polyline(ring_points((0, 0), (2, 0))).point_is_on_polyline(P(1, 0)), 1),
+]
+
+
+@pytest.mark.parametrize("name, call, count", LOOKUPS, ids=[name for name, _, _ in LOOKUPS])
+def test_documented_steps_call_module_globals_by_name(monkeypatch, name, call, count):
+    calls, original = [], getattr(g, name)
+    monkeypatch.setattr(g, name, lambda *a, **k: calls.append(a) or original(*a, **k))
+    call()
+    assert len(calls) == count

@@ -9,13 +9,13 @@ import pytest
 from ostrel.geometry import (Arc, ArcExtrusion, ArcRevolve, CartesianAxes, CircularExtrusion, Cone, Extrusion, Group,
                              Line, LineRevolve, Material, Point, Revolve, Sphere, Torus, Vector, _GLTF, trimesh)
 
+from differential import steps
+
 PI = math.pi
 O = Point(0, 0, 0)
 
 
-class MarkedRevolve(ArcRevolve):
-    """Adds a member, so that the module takes the documented steps one by one."""
-    marked = True
+MarkedRevolve = steps(ArcRevolve)
 
 
 def line_revolve(*ends, **kwargs):
@@ -301,11 +301,3 @@ def test_revolve_base_for_subclasses():
     with pytest.raises(NotImplementedError):
         Revolve.surface_area.fget(wedge)
 
-
-def test_linestring_meets_a_replaced_pair_walker(monkeypatch):
-    from ostrel import geometry
-    revolve = ArcRevolve(Arc(Point(3, 0), Point(4, 0), Point(3, 1)))
-    expected, walked = revolve._trimesh_linestring, []
-    original = geometry._current_next
-    monkeypatch.setattr(geometry, "_current_next", lambda ring: walked.append(len(ring)) or original(ring))
-    assert revolve._trimesh_linestring == expected and walked == [21]
