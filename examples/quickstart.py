@@ -6,6 +6,7 @@ import sys
 from ostrel.geometry import (Group, LinearPattern, Material, Point, Triangle, TriangleAssembly, Vector,
                              _GLTF, cartesian_to_spherical, spherical_to_cartesian)
 from ostrel.core import Color
+from ostrel.preview import picture_beside
 
 
 def square_tile(size, material):
@@ -40,6 +41,8 @@ def main(path="quickstart.glb"):
     glb = _GLTF.to_gltf(Group([row, upright]))
     glb.save(path)
     print(f"wrote {path} ({len(glb.getvalue_binary())} bytes)")
+    if picture := picture_beside(path):
+        print("and a picture of it,", picture)
 
 
 if __name__ == "__main__":

@@ -4,6 +4,7 @@ import sys
 
 from ostrel.core import Color
 from ostrel.geometry import Line, Material, Point, Polygon, _GLTF
+from ostrel.preview import picture_beside
 
 
 def i_section(height, width, web, flange):
@@ -26,6 +27,8 @@ def main(path="section_profile.glb"):
     print(f"beam of {beam.length} m made of {len(beam._children)} parts (two caps and the side wall)")
     _GLTF.to_gltf(beam).save(path)
     print("wrote", path)
+    if picture := picture_beside(path):
+        print("and a picture of it,", picture)
 
 
 if __name__ == "__main__":

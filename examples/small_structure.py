@@ -6,6 +6,7 @@ import sys
 from ostrel.core import Color
 from ostrel.geometry import (CartesianAxes, CircularExtrusion, Cone, Line, Material, Point, RectangularExtrusion,
                              Vector, _GLTF)
+from ostrel.preview import picture_beside
 
 
 def main(path="small_structure.glb"):
@@ -24,6 +25,8 @@ def main(path="small_structure.glb"):
     print(f"brace:  {brace.length:.2f} m of round bar, {brace.cross_sectional_area * 1e6:.0f} mm2")
     _GLTF.to_gltf(column, beam, brace, cone, axes).save(path)
     print("wrote", path)
+    if picture := picture_beside(path):
+        print("and a picture of it,", picture)
 
 
 if __name__ == "__main__":
