@@ -26,7 +26,7 @@ OBJECTS = {
     "RectangularExtrusion": (lambda: RectangularExtrusion(0.2, 0.4, Line(P(0, 0, 0), P(3, 0, 0))),
                              lambda e: e.cross_sectional_area),
     "LineRevolve": (lambda: LineRevolve(Line(P(1, 1), P(3, 2))), lambda r: (r.surface_area, r.inner_volume)),
-    "Cone": (lambda: Cone(1.0, 2.0), lambda c: c._to_trimesh().vertices.tolist()),
+    "Cone": (lambda: Cone(1.0, 2.0), lambda c: sorted(g.vertices.tolist() for g in c._to_trimesh().geometry.values())),
     "Sphere": (lambda: Sphere(P(1, 2, 3), 1.0, 8.0, 6.0), lambda s: (s.volume(), s.surface_area())),
     "GeoPoint": (lambda: GeoPoint.from_rd((136000, 456000)), lambda g: g.rd),
     "GeoPolyline": (lambda: GeoPolyline(GeoPoint(52, 5), GeoPoint(52.1, 5.1)), lambda g: len(g.points)),
