@@ -28,5 +28,5 @@ ax.plot([p.x for p in lower.points], [p.y for p in lower.points], color="black",
 ax.scatter([p.x for p in crossings], [p.y for p in crossings], color="crimson", zorder=3, label="crossings")
 ax.set_xlabel("x [m]")
 ax.set_ylabel("level [m]")
-ax.legend(loc="upper right")
+ax.legend(loc="lower left")
 plt.show()

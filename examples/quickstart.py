@@ -1,5 +1,10 @@
-"""A first look at ostrel.geometry: points, vectors, conversions, and a small scene written
-as a binary glTF file (quickstart.glb) that any glTF viewer opens."""
+"""
+Quickstart
+==========
+
+A first look at ostrel.geometry: points, vectors, conversions, and a small scene written
+as a binary glTF file (quickstart.glb) that any glTF viewer opens.
+"""
 import math
 import sys
 

@@ -1,5 +1,10 @@
-"""A steel I-section: its area, centroid and second moments, then extruded into a 6 m beam and
-written as section_profile.glb."""
+"""
+An I-section extruded into a beam
+=================================
+
+A steel I-section: its area, centroid and second moments, then extruded into a 6 m beam and
+written as section_profile.glb.
+"""
 import sys
 
 from ostrel.core import Color

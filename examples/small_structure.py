@@ -1,6 +1,11 @@
-"""A small structure in one GLB file: a concrete column, a steel beam on top of it, a round steel
+"""
+A small structure in one GLB file
+=================================
+
+A small structure in one GLB file: a concrete column, a steel beam on top of it, a round steel
 bar as a brace, a cone standing on the far end of the beam and the axes. Writes
-small_structure.glb; y is up, as glTF viewers expect."""
+small_structure.glb; y is up, as glTF viewers expect.
+"""
 import sys
 
 from ostrel.core import Color
