@@ -92,6 +92,10 @@ def test_envelope_checks_and_empty_profiles():
         with pytest.raises(ValueError, match=f"^{name} is not monotonic ascending in x direction$"):
             Polyline.get_lowest_or_highest_profile_x(first, second, True)
     assert Polyline.get_lowest_or_highest_profile_x(Polyline([]), line((0, 0), (1, 0)), True).points == []
+    # A step back in x within plain isclose is no step back.
+    nearly = line((0, 1), (1, 1), (1 - 1e-12, 2), (3, 2))
+    assert nearly.is_monotonic_ascending_x(strict=False) is True
+    assert coords(Polyline.get_lowest_or_highest_profile_x(nearly, line((0, 0), (3, 0)), False))[-1] == (3.0, 2.0)
     with pytest.raises(IndexError):
         envelope([(0, 0), (1, 0)], [(2, 0), (3, 0)])
 
