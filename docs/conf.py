@@ -6,7 +6,7 @@ own signatures and docstrings, the gallery by running the examples.
 import inspect
 import pathlib
 
-from sphinx.ext.autodoc import MethodDocumenter, ModuleDocumenter
+from sphinx.util import inspect as sphinx_inspect
 
 from ostrel import geometry
 
@@ -27,7 +27,9 @@ sphinx_gallery_conf = {
     "examples_dirs": str(HERE.parent / "examples"),
     "gallery_dirs": str(HERE / "auto_examples"),
     "filename_pattern": r"/plot_",          # run these; show the others as code
-    "ignore_pattern": r"batch_dask\.py",     # starts a cluster: see the page on batches
+    # batch_dask starts a cluster (see the page on batches); the others are the README's scripts,
+    # which the plot_ examples draw.
+    "ignore_pattern": r"^(batch_dask|quickstart|section_profile|small_structure)\.py$",
     "download_all_examples": False,
     "remove_config_comments": True,
     "matplotlib_animations": False,
@@ -52,20 +54,8 @@ api = HERE / "api.rst"
 if not api.exists() or api.read_text() != "\n".join(lines):
     api.write_text("\n".join(lines))
 
+# The module's methods are native function objects: descriptors that autodoc would take for
+# attributes, so they would lose their signatures. They are routines like a Python function.
 NATIVE_FUNCTION = type(vars(geometry.Point)["copy"])
-
-
-class NativeMethodDocumenter(MethodDocumenter):
-    """The module's methods are native function objects, which autodoc would take for attributes."""
-
-    objtype = "nativemethod"
-    directivetype = "method"
-    priority = MethodDocumenter.priority + 20
-
-    @classmethod
-    def can_document_member(cls, member, membername, isattr, parent):
-        return isinstance(member, NATIVE_FUNCTION) and not isinstance(parent, ModuleDocumenter)
-
-
-def setup(app):
-    app.add_autodocumenter(NativeMethodDocumenter)
+_attribute_like = sphinx_inspect.isattributedescriptor
+sphinx_inspect.isattributedescriptor = lambda obj: not isinstance(obj, NATIVE_FUNCTION) and _attribute_like(obj)
