@@ -29,7 +29,7 @@ sphinx_gallery_conf = {
     "filename_pattern": r"/plot_",          # run these; show the others as code
     # batch_dask starts a cluster (see the page on batches); the others are the README's scripts,
     # which the plot_ examples draw.
-    "ignore_pattern": r"^(batch_dask|quickstart|section_profile|small_structure)\.py$",
+    "ignore_pattern": r"^(batch_dask|quickstart|section_profile)\.py$",
     "download_all_examples": False,
     "remove_config_comments": True,
     "matplotlib_animations": False,

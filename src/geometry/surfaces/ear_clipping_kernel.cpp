@@ -272,13 +272,18 @@ class Clipper {
         q = next_[q];
       } while (!blocker && q != head_);
     }
-    if (blocker) {
-      status_[v] = Status::blocked;
-      witness_[v] = *blocker;
-      watchers_[*blocker].push_back(v);
-    } else {
+    settle(v, blocker);
+  }
+
+  // An ear, or blocked by a point: the corner is looked at again when that point is clipped.
+  void settle(uint32_t v, std::optional<uint32_t> blocker) {
+    if (!blocker) {
       status_[v] = Status::ear;
+      return;
     }
+    status_[v] = Status::blocked;
+    witness_[v] = *blocker;
+    watchers_[*blocker].push_back(v);
   }
 
   // A corner whose neighbours coincide. The documented steps test every point, without
@@ -300,13 +305,7 @@ class Clipper {
       }
       q = next_[q];
     } while (q != head_);
-    if (blocker) {
-      status_[v] = Status::blocked;
-      witness_[v] = *blocker;
-      watchers_[*blocker].push_back(v);
-    } else {
-      status_[v] = Status::ear;
-    }
+    settle(v, blocker);
   }
 
   // A triangle and a margin around it that hold every point the tests of one candidate
