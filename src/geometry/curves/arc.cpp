@@ -14,7 +14,7 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard guard{"Arc"};
+ClassGuard guard;
 Natives natives{{&guard, &point_class()}};
 Natives discretize_natives{{}, {&natives, &point_natives()}};
 

@@ -23,7 +23,7 @@ namespace {
 
 using kernel::Segment;
 
-ClassGuard guard{"Line"};
+ClassGuard guard;
 Natives natives{{&guard, &point_class()}};
 // What the native collinear stands in for: base.vector_to(p).normalize() and friends.
 Natives collinear_natives{{&vector_class()}, {&point_natives()}};

@@ -17,7 +17,7 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard guard{"Polyline"};
+ClassGuard guard;
 
 enum class Init { self, points };
 Ref init(const Args& a) {

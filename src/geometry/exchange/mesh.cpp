@@ -10,7 +10,7 @@ namespace ostrel {
 namespace {
 
 // The class as built, for super() in __init__.
-ClassGuard mesh_guard{"_Mesh"};
+ClassGuard mesh_guard;
 
 enum class MeshInit { self, vertices, faces, material };
 Ref mesh_init(const Args& a) {

@@ -10,7 +10,7 @@ namespace ostrel {
 namespace {
 
 // The class as built, for super() in __init__.
-ClassGuard assembly_guard{"_MeshAssembly"};
+ClassGuard assembly_guard;
 
 enum class AssemblyInit { self, meshes };
 Ref assembly_init(const Args& a) {

@@ -17,7 +17,7 @@ namespace ostrel {
 
 template <Literal X, Literal Y, Literal Z, Literal ClassName>
 struct CoordinateFields {
-  static inline ClassGuard guard{ClassName.text};
+  static inline ClassGuard guard;
   // `ClassName(...)` makes an instance of exactly the guarded class, unchanged.
   static inline Natives natives{{&guard}};
 

@@ -19,7 +19,7 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard guard{"RDWGSConverter"};
+ClassGuard guard;
 // The steps read the reference point through the module global of the class.
 Natives natives{{&guard}};
 

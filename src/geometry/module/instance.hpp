@@ -15,11 +15,10 @@
 
 namespace ostrel {
 
+// Declared as a static object beside the class's face and handed to define_class, which
+// sets it to the class it builds.
 class ClassGuard {
  public:
-  // `name`: the class's name, which is also its module global.
-  explicit constexpr ClassGuard(const char* name) : name_(name) {}
-  const char* name() const { return name_; }
   // Called once, right after the class is built.
   void set(PyObject* cls);
   // The class as built. A modified class loses its tag (0 is never valid) and gets a
@@ -41,7 +40,6 @@ class ClassGuard {
 #endif
   }
 
-  const char* name_;
   PyTypeObject* type_ = nullptr;
   mutable unsigned int tag_ = 0;
   mutable unsigned int rejected_tag_ = 0;  // a tag already found to mean a changed class

@@ -10,7 +10,7 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard guard{"ArcExtrusion"};
+ClassGuard guard;
 
 enum class Init { self, profile, arc, profile_rotation, n_segments, material };
 Ref init(const Args& a) {

@@ -16,7 +16,7 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard guard{"ArcRevolve"};
+ClassGuard guard;
 // The radius is Vector.magnitude of centre_point.vector_to(start_point); the profile
 // walks the discretised arc with _current_next.
 Natives natives{{&guard, &vector_class()}, {&arc_discretize_natives()}};

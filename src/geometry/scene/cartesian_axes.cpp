@@ -8,7 +8,7 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard guard{"CartesianAxes"};
+ClassGuard guard;
 
 // CircularExtrusion(axis_diameter, Line(origin, tip), material=Material("line", color=Color(r, g, b)))
 Ref bar(PyObject* origin, PyObject* tip, PyObject* diameter, long red, long green, long blue) {

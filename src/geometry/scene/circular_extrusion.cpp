@@ -16,7 +16,7 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard guard{"CircularExtrusion"};
+ClassGuard guard;
 
 enum class Init { self, diameter, line, open_ends, material };
 Ref init(const Args& a) {

@@ -13,7 +13,7 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard guard{"Cone"};
+ClassGuard guard;
 
 Ref vector(long x, long y, long z) {
   Ref a = new_int(x), b = new_int(y), c = new_int(z);

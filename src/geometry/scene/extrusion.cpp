@@ -13,7 +13,7 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard guard{"Extrusion"};
+ClassGuard guard;
 
 void warn(const char* message) {
   Ref text = new_str(message);

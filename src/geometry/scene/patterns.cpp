@@ -12,7 +12,7 @@ namespace ostrel {
 namespace {
 
 // The classes as built: super() in a method names the class that defines it.
-ClassGuard pattern_guard{"Pattern"}, linear_guard{"LinearPattern"}, bidirectional_guard{"BidirectionalPattern"};
+ClassGuard pattern_guard, linear_guard, bidirectional_guard;
 
 enum class PatternInit { self, base_object, duplicate_translation_list };
 Ref pattern_init(const Args& a) {

@@ -8,8 +8,8 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard rectangular_guard{"RectangularExtrusion"};
-ClassGuard beam_guard{"SquareBeam"};
+ClassGuard rectangular_guard;
+ClassGuard beam_guard;
 
 Ref point(double x, double y) {
   Ref px = new_float(x), py = new_float(y);

@@ -16,7 +16,7 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard revolve_guard{"Revolve"}, line_revolve_guard{"LineRevolve"};
+ClassGuard revolve_guard, line_revolve_guard;
 
 constexpr double pi = std::numbers::pi;
 

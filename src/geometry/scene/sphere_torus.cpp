@@ -14,7 +14,7 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard sphere_guard{"Sphere"}, torus_guard{"Torus"};
+ClassGuard sphere_guard, torus_guard;
 constexpr double pi = std::numbers::pi;
 
 enum class SphereInit { self, centre_point, radius, width_segments, height_segments, material };

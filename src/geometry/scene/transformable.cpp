@@ -12,7 +12,7 @@ namespace ostrel {
 namespace {
 
 // The class as built: super() in a method names the class that defines it.
-ClassGuard group_guard{"Group"};
+ClassGuard group_guard;
 
 Ref init(const Args& a) {
   Ref zero = new_int(0);

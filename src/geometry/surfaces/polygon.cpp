@@ -37,7 +37,7 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard guard{"Polygon"};
+ClassGuard guard;
 
 // ---- native paths ----
 

@@ -25,7 +25,7 @@ namespace ostrel {
 
 namespace {
 
-ClassGuard guard{"Triangle"};
+ClassGuard guard;
 // Point.vector_to makes a Vector through the module global: still the module's own,
 // unchanged class, with its own cross and magnitude.
 Natives area_natives{{&vector_class()}};

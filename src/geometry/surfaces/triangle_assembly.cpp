@@ -25,7 +25,7 @@ namespace ostrel {
 namespace {
 
 // The class as built, for super() in __init__.
-ClassGuard guard{"TriangleAssembly"};
+ClassGuard guard;
 
 enum class Init { self, triangles, material, skip_duplicate_vertices_check };
 Ref init(const Args& a) {
