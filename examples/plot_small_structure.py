@@ -12,7 +12,7 @@ import matplotlib.pyplot as plt
 from ostrel.core import Color
 from ostrel.geometry import (CartesianAxes, CircularExtrusion, Cone, Line, Material, Point, RectangularExtrusion,
                              Vector, _GLTF)
-from ostrel.preview import draw
+from ostrel.preview import draw, picture_beside
 
 concrete = Material("concrete", 2400, color=Color(190, 190, 185))
 steel = Material("steel", 7850, color=Color(120, 130, 150))
@@ -28,7 +28,8 @@ print(f"beam:   {beam.cross_sectional_area * 1e4:.0f} cm2 over {beam.length:.1f}
 print(f"brace:  {brace.length:.2f} m of round bar, {brace.cross_sectional_area * 1e6:.0f} mm2")
 glb = _GLTF.to_gltf(column, beam, brace, cone, axes)
 glb.save("small_structure.glb")
-print(f"wrote small_structure.glb ({len(glb.getvalue_binary())} bytes)")
+print(f"wrote small_structure.glb ({len(glb.getvalue_binary())} bytes) and a picture of it,",
+      picture_beside("small_structure.glb"))
 
 fig, ax = plt.subplots(figsize=(8, 6))
 draw(glb.getvalue_binary(), ax)
