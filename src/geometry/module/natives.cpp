@@ -15,26 +15,11 @@ std::vector<Natives*>& registry() {
 }
 
 #if PY_VERSION_HEX >= 0x030C0000
-unsigned long long generation = 1;
-
 int count_change(PyDict_WatchEvent, PyObject*, PyObject*, PyObject*) {
-  ++generation;
+  ++natives_state::generation;
   return 0;
 }
 #endif
-
-}  // namespace
-
-unsigned long long globals_generation() {
-#if PY_VERSION_HEX >= 0x030C0000
-  return generation;
-#else
-  // The host gives a dict a new, process-wide unique tag on every change.
-  return reinterpret_cast<PyDictObject*>(module_dict())->ma_version_tag + 1;
-#endif
-}
-
-namespace {
 
 // Every name of the namespace at the end of import and the object it held, both held
 // for the life of the process.
@@ -45,13 +30,10 @@ std::vector<std::pair<PyObject*, PyObject*>>& imported() {
 
 }  // namespace
 
-bool globals_as_imported() {
-  // Compared again only when the namespace has changed since the last comparison.
-  static unsigned long long compared = 0;
-  static bool same = false;
+namespace natives_state {
+
+bool compare_with_imported() {
   const unsigned long long now = globals_generation();
-  if (now == compared) return same;
-  PyObject* dict = module_dict();
   same = true;
   for (const auto& [key, value] : imported()) {
     // A str key: the lookup cannot run a caller's code or fail.
@@ -63,6 +45,8 @@ bool globals_as_imported() {
   compared = now;
   return same;
 }
+
+}  // namespace natives_state
 
 Natives::Natives(std::initializer_list<const ClassGuard*> classes, std::initializer_list<const Natives*> includes)
     : classes_(classes), includes_(includes) {
@@ -80,15 +64,8 @@ void Natives::capture() {
   complete_ = std::all_of(all_classes_.begin(), all_classes_.end(), [](const ClassGuard* g) { return g->cls(); });
 }
 
-bool Natives::hold() const {
-  if (!complete_ || !globals_as_imported()) return false;
-  for (const ClassGuard* guard : all_classes_)
-    if (!guard->intact()) return false;
-  return true;
-}
-
 void capture_natives() {
-  PyObject* dict = module_dict();
+  PyObject* dict = natives_state::dict = module_dict();
 #if PY_VERSION_HEX >= 0x030C0000
   const int watcher = static_cast<int>(check(PyDict_AddWatcher(count_change)));
   check(PyDict_Watch(watcher, dict));
