@@ -3,6 +3,7 @@
 // merge without collisions, and carries the object's kind in its node extras.
 #include "exchange/gltf.hpp"
 
+#include "foundations/arrays.hpp"
 #include "module/class_builder.hpp"
 #include "module/globals.hpp"
 #include "module/objects.hpp"
@@ -124,10 +125,15 @@ void require_faces_name_vertices(PyObject* scene) {
     }
     Ref vertices = getattr(geometry.get(), id<"vertices">());
     const Py_ssize_t count = check(PyObject_Length(vertices.get()));
-    Ref indices = call(getattr(global<"np">().get(), id<"asarray">()).get(), {faces.get()});
-    Ref size = getattr(indices.get(), id<"size">());
-    if (!truth(size.get())) continue;
-    Ref lowest = call_method(indices.get(), id<"min">(), {}), highest = call_method(indices.get(), id<"max">(), {});
+    Ref lowest, highest;
+    if (const auto extent = integer_extent(faces.get())) {  // the usual: trimesh's own int64 array
+      lowest = new_int(extent->first), highest = new_int(extent->second);
+    } else {
+      Ref indices = call(getattr(global<"np">().get(), id<"asarray">()).get(), {faces.get()});
+      Ref size = getattr(indices.get(), id<"size">());
+      if (!truth(size.get())) continue;
+      lowest = call_method(indices.get(), id<"min">(), {}), highest = call_method(indices.get(), id<"max">(), {});
+    }
     Ref zero = new_int(0), end = new_int(count);
     PyObject* stray = compares(highest.get(), end.get(), Py_GE) ? highest.get()
                       : compares(lowest.get(), zero.get(), Py_LT) ? lowest.get()

@@ -64,4 +64,29 @@ std::optional<std::vector<double>> numpy_elementwise(PyObject* name, std::span<c
   return std::vector<double>(data, data + a.size());
 }
 
+namespace {
+
+template <typename T>
+std::pair<long long, long long> extent_of(const T* data, npy_intp count) {
+  const auto [low, high] = std::minmax_element(data, data + count);
+  return {static_cast<long long>(*low), static_cast<long long>(*high)};
+}
+
+}  // namespace
+
+std::optional<std::pair<long long, long long>> integer_extent(PyObject* o) {
+  if (!PyArray_Check(o)) return std::nullopt;
+  auto* array = reinterpret_cast<PyArrayObject*>(o);
+  const npy_intp count = PyArray_SIZE(array);
+  if (count == 0 || !PyArray_IS_C_CONTIGUOUS(array) || !PyArray_ISNOTSWAPPED(array)) return std::nullopt;
+  switch (PyArray_TYPE(array)) {
+    case NPY_INT64:
+      return extent_of(static_cast<const npy_int64*>(PyArray_DATA(array)), count);
+    case NPY_INT32:
+      return extent_of(static_cast<const npy_int32*>(PyArray_DATA(array)), count);
+    default:
+      return std::nullopt;
+  }
+}
+
 }  // namespace ostrel

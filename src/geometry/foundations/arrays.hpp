@@ -5,6 +5,7 @@
 #include <initializer_list>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "module/globals.hpp"
@@ -25,5 +26,9 @@ Ref float_array(std::initializer_list<PyObject*> items);
 // not an array of as many doubles.
 std::optional<std::vector<double>> numpy_elementwise(PyObject* name, std::span<const double> a,
                                                      std::span<const double> b = {});
+
+// The lowest and highest item of a non-empty C-contiguous NumPy array of 32- or 64-bit
+// integers, read natively; nothing for anything else, which the caller asks the host about.
+std::optional<std::pair<long long, long long>> integer_extent(PyObject* o);
 
 }  // namespace ostrel
