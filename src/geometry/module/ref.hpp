@@ -94,10 +94,12 @@ PyObject* kept(PyObject*& cache, Make&& make) {
   return cache;
 }
 
-// The interned str object for a name.
+// The interned str object for a name; the made one is returned without a call.
 template <Literal L>
 PyObject* id() {
   static PyObject* name = nullptr;
+  if (name) [[likely]]
+    return name;
   return kept(name, [] { return PyUnicode_InternFromString(L.text); });
 }
 
