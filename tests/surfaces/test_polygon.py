@@ -172,6 +172,8 @@ def test_face_orientation_follows_the_rule_the_way_round_it_stands(surface_orien
 def test_corner_tests():
     a, b, c = P(0, 0), P(2, 0), P(0, 2)
     assert Polygon._in_triangle(a, b, c, P(0.5, 0.5)) and not Polygon._in_triangle(a, b, c, P(1, 1))
+    # Next to a corner the third coordinate rounds to exactly 1: not strictly inside.
+    assert Polygon._in_triangle(P(1, 0), P(0, 1), P(0, 0), P(1e-20, 1e-20)) is False
     assert Polygon._on_triangle(a, b, c, P(1, 1)) and not Polygon._on_triangle(a, b, c, P(0.5, 0.5))
     # The 1e-7 in the denominator lifts the third coordinate above 0 on the edge p1-p2.
     assert Polygon._in_triangle(a, b, c, P(1, 0))
