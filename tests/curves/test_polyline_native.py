@@ -7,6 +7,7 @@ must give the same points, in the same order, with the same objects where the st
 the caller's points through, the same result kinds and the same exceptions.
 """
 import math
+import random
 import subprocess
 import sys
 import textwrap
@@ -117,6 +118,25 @@ def test_envelopes_of_long_profiles_take_the_documented_steps(profiles, lowest):
             return describe(error, inputs)
 
     assert envelope(Polyline) == envelope(Steps)
+
+
+@pytest.mark.parametrize("n, seed", [(50, 0), (200, 60), (200, 136), (400, 79)])
+def test_envelopes_of_random_profiles_fail_where_the_steps_fail(n, seed):
+    # Surveyed-looking profiles: a success, and the steps' three failures (an end of a
+    # section not on its profile, a location list empty where it is indexed, and two
+    # segments whose crossings from either side differ), which the native path decides.
+    rng = random.Random(seed)
+    first, second = ([Point(x, rng.uniform(0, 10)) for x in sorted(rng.uniform(0, 1000) for _ in range(n))]
+                     for _ in range(2))
+    inputs = [(f"first[{i}]", o) for i, o in enumerate(first)] + [(f"second[{i}]", o) for i, o in enumerate(second)]
+
+    def envelope(cls):
+        try:
+            return describe(cls.get_lowest_or_highest_profile_x(cls(first), cls(second), True), inputs)
+        except (ValueError, IndexError) as error:
+            return describe(error, inputs)
+
+    assert envelope(Polyline) == envelope(StepPolyline)
 
 
 def test_points_the_kernel_cannot_take_go_down_the_documented_steps():

@@ -103,9 +103,6 @@ Ref part_of(PyObject* polyline, PyObject* point, Py_ssize_t index) {
   return getitem(parts.get(), index);
 }
 
-constexpr const char* not_at_an_end =
-    "The overlapping region of two combined polylines must lie at either end of those polylines";
-
 // combine_with when the polylines share no stretch, or more than one: end to end.
 Ref join_ends(PyObject* self, PyObject* other, Py_ssize_t overlaps) {
   PyObject *start = id<"start_point">(), *end = id<"end_point">();
@@ -122,8 +119,7 @@ Ref join_ends(PyObject* self, PyObject* other, Py_ssize_t overlaps) {
     Ref reversed = reversed_of(other);
     return concatenate(reversed.get(), self);
   }
-  raise_format(PyExc_ValueError, "Only polylines with exactly one overlapping region can be combined, %zd were found.",
-               overlaps);
+  raise(PyExc_ValueError, kernel::polyline_errors::not_one_overlap(overlaps).c_str());
 }
 
 enum class CombineWith { self, other };
@@ -153,7 +149,7 @@ Ref combine_with(const Args& a) {
       Ref reversed = reversed_of(other);
       add(part_of(reversed.get(), getattr(o, end).get(), 1));
     } else {
-      raise(PyExc_ValueError, not_at_an_end);
+      raise(PyExc_ValueError, kernel::polyline_errors::not_at_an_end);
     }
   } else if (ends_equal(o, start, self, start) && !ends_equal(o, end, self, end)) {
     if (ends_equal(o, end, other, end)) {
@@ -162,7 +158,7 @@ Ref combine_with(const Args& a) {
       Ref reversed = reversed_of(other);
       add(part_of(reversed.get(), getattr(o, start).get(), 0));
     } else {
-      raise(PyExc_ValueError, not_at_an_end);
+      raise(PyExc_ValueError, kernel::polyline_errors::not_at_an_end);
     }
     add(overlap);
     add(part_of(self, getattr(o, end).get(), 1));

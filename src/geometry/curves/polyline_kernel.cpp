@@ -169,7 +169,8 @@ std::pair<Chain, Chain> Polylines::split(const Chain& c, const PairIndex& index,
 
 Chain Polylines::polyline_between(const Chain& c, const PairIndex& index, const Node& start, const Node& end,
                                   bool inclusive) const {
-  if (!point_is_on_polyline(c, index, start) || !point_is_on_polyline(c, index, end)) throw TakeSteps{};
+  if (!point_is_on_polyline(c, index, start)) throw value_error(polyline_errors::start_not_on);
+  if (!point_is_on_polyline(c, index, end)) throw value_error(polyline_errors::end_not_on);
   const auto start_range = index.range(start.at.x), end_range = index.range(end.at.x);
   // The points of split(c, start)[1], made one at a time from the first pair that finds
   // the start: only as many as the second split reads. Each tells the index in `c` it
@@ -280,7 +281,7 @@ Chain Polylines::intersections_with_polyline(const Chain& self, const Chain& oth
     line_intersections.clear();
     others.meeting(mine.low, mine.high, [&](std::size_t theirs) {
       const Crossing crossing = intersection_bounded_lines(segment(self, own), segment(other, theirs), true, t_);
-      if (crossing.kind == Crossing::Kind::mismatch) throw TakeSteps{};
+      if (crossing.kind == Crossing::Kind::mismatch) throw value_error("");  // the two answers differ
       if (crossing.kind == Crossing::Kind::none) return;
       const Node n = make(crossing.point);
       if (!intersections.empty() && equal(n, intersections.back())) return;
@@ -298,7 +299,8 @@ Chain Polylines::intersections_with_polyline(const Chain& self, const Chain& oth
 }
 
 Chain concatenate(Chain first, const Chain& second, const Tolerances& t) {
-  if (!first.empty() && !second.empty() && !coincide(first.back().at, second.front().at, t.module)) throw TakeSteps{};
+  if (!first.empty() && !second.empty() && !coincide(first.back().at, second.front().at, t.module))
+    throw value_error(polyline_errors::not_concatenable);
   if (first.empty()) return second;
   if (!second.empty()) first.insert(first.end(), second.begin() + 1, second.end());
   return first;
@@ -367,7 +369,7 @@ Chain Polylines::combine_with(Chain self, const Chain& other, std::size_t own_fr
     if (equal(self.back(), other.back())) return concatenate(std::move(self), reversed(other), t_);
     if (equal(self.front(), other.back())) return concatenate(other, self, t_);
     if (equal(self.front(), other.front())) return concatenate(reversed(other), self, t_);
-    throw TakeSteps{};
+    throw value_error(polyline_errors::not_one_overlap(overlaps.size()));
   }
   const Chain& overlap = overlaps.front();
   const Node &start = overlap.front(), &end = overlap.back();
@@ -385,14 +387,14 @@ Chain Polylines::combine_with(Chain self, const Chain& other, std::size_t own_fr
     else if (equal(start, other.back()))
       add(part(reversed(other), end, 1));
     else
-      throw TakeSteps{};
+      throw value_error(polyline_errors::not_at_an_end);
   } else if (equal(start, self.front()) && !equal(end, self.back())) {
     if (equal(end, other.back()))
       add(part(other, start, 0));
     else if (equal(end, other.front()))
       add(part(reversed(other), start, 0));
     else
-      throw TakeSteps{};
+      throw value_error(polyline_errors::not_at_an_end);
     add(overlap);
     add(part(self, end, 1));
   } else if ((equal(start, other.front()) && equal(end, other.back())) ||
@@ -402,7 +404,7 @@ Chain Polylines::combine_with(Chain self, const Chain& other, std::size_t own_fr
     add(part(self, end, 1));
   } else if (equal(start, self.front()) && equal(end, self.back())) {
     const std::vector<Chain> theirs = find_overlaps(other, overlap);
-    if (theirs.empty()) throw TakeSteps{};
+    if (theirs.empty()) throw list_index_out_of_range();  // other.find_overlaps(overlap)[0]
     const Chain& first = theirs.front();
     bool same = first.size() == overlap.size();
     for (std::size_t i = 0; same && i < first.size(); ++i) same = equal(first[i], overlap[i]);
@@ -419,7 +421,7 @@ bool Polylines::second_is_lowest_or_highest(const Chain& p1, const Chain& p2, bo
   // Whether `point` lies lower (or higher) than `other` at its x: yes, no, or no answer.
   auto compare = [&](const Node& point, const Chain& other) -> int {
     const Chain at = intersections_with_x_location(other, point.at.x, &other == &p1 ? &index_1 : &index_2);
-    if (at.empty()) throw TakeSteps{};
+    if (at.empty()) throw list_index_out_of_range();  // ...intersections_with_x_location(point.x)[0]
     const double y = point.at.y, other_y = at.front().at.y;
     if (isclose(y, other_y, t_.abs)) return 0;
     if (lowest ? y < other_y : y > other_y) return 1;
@@ -434,7 +436,8 @@ bool Polylines::second_is_lowest_or_highest(const Chain& p1, const Chain& p2, bo
 }
 
 Chain Polylines::lowest_or_highest_profile(const Chain& profile_1, const Chain& profile_2, bool lowest) {
-  if (!monotonic_ascending_x(profile_1) || !monotonic_ascending_x(profile_2)) throw TakeSteps{};
+  if (!monotonic_ascending_x(profile_1)) throw value_error(polyline_errors::not_monotonic[0]);
+  if (!monotonic_ascending_x(profile_2)) throw value_error(polyline_errors::not_monotonic[1]);
   if (profile_1.empty() || profile_2.empty()) return {};
   // x_min and x_max of each, then max() and min() of two: the first unless the second
   // lies strictly beyond it.
@@ -450,7 +453,7 @@ Chain Polylines::lowest_or_highest_profile(const Chain& profile_1, const Chain& 
   const double x_max = p2_x_max < p1_x_max ? p2_x_max : p1_x_max;
   auto at = [&](const Chain& c, double x, bool last) {
     const Chain found = intersections_with_x_location(c, x);
-    if (found.empty()) throw TakeSteps{};
+    if (found.empty()) throw list_index_out_of_range();
     return last ? found.back() : found.front();
   };
   const Node p1_start = at(profile_1, x_min, true), p1_end = at(profile_1, x_max, false);

@@ -4,18 +4,38 @@
 // keeps where it came from, so that the face can hand back the caller's own Point
 // objects where the steps pass them through.
 //
-// Where the steps would raise, the kernel throws TakeSteps (or an ArithmeticFault) and
-// the face takes the documented steps instead, which raise the exception due: nothing
-// the kernel does is visible to the caller, so running the steps afterwards is exact.
+// Where the steps raise an error of a known text, the kernel throws it (StepsRaise) at
+// the same step; where they would raise one whose text needs the host (the text of a
+// point), it throws TakeSteps (or an ArithmeticFault) and the face takes the documented
+// steps instead: nothing the kernel does is visible to the caller, so running the steps
+// afterwards is exact.
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "curves/intersections_kernel.hpp"
 
 namespace ostrel::kernel {
+
+// The texts of the errors of the polyline steps, for the kernel and the faces alike.
+namespace polyline_errors {
+inline constexpr const char* start_not_on = "start_point not on given polyline";
+inline constexpr const char* end_not_on = "end_point not on given polyline";
+inline constexpr const char* not_concatenable =
+    "Polylines can only be concatenated if the endpoint of the first line coincides with the start point of the "
+    "second";
+inline constexpr const char* not_at_an_end =
+    "The overlapping region of two combined polylines must lie at either end of those polylines";
+inline constexpr const char* not_monotonic[2] = {"profile_1 is not monotonic ascending in x direction",
+                                                 "profile_2 is not monotonic ascending in x direction"};
+inline std::string not_one_overlap(std::size_t count) {
+  return "Only polylines with exactly one overlapping region can be combined, " + std::to_string(count) +
+         " were found.";
+}
+}  // namespace polyline_errors
 
 // A point of a polyline: item `index` of input `source`, or, for source `fresh`, a new
 // point that the steps make (z 0.0), `index` telling new points apart.

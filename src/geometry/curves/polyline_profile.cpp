@@ -32,10 +32,10 @@ Ref lowest_or_highest_profile(const Args& a) {
   PyObject* lowest = a[Profile::lowest];
   Ref monotonic_1 =
       call_kw(getattr(profile_1.get(), id<"is_monotonic_ascending_x">()).get(), {}, {{id<"strict">(), Py_False}});
-  if (!truth(monotonic_1.get())) raise(PyExc_ValueError, "profile_1 is not monotonic ascending in x direction");
+  if (!truth(monotonic_1.get())) raise(PyExc_ValueError, kernel::polyline_errors::not_monotonic[0]);
   Ref monotonic_2 =
       call_kw(getattr(profile_2.get(), id<"is_monotonic_ascending_x">()).get(), {}, {{id<"strict">(), Py_False}});
-  if (!truth(monotonic_2.get())) raise(PyExc_ValueError, "profile_2 is not monotonic ascending in x direction");
+  if (!truth(monotonic_2.get())) raise(PyExc_ValueError, kernel::polyline_errors::not_monotonic[1]);
   Ref points_1 = points_of(profile_1.get());
   Ref points_2 = length_of(points_1.get()) > 0 ? points_of(profile_2.get()) : Ref{};
   if (!points_2 || length_of(points_2.get()) == 0) {

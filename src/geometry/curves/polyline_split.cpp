@@ -163,9 +163,9 @@ Ref get_polyline_between(const Args& a) {
       }))
     return r;
   Ref start_on = call_method(self, id<"point_is_on_polyline">(), {start});
-  if (!truth(start_on.get())) raise(PyExc_ValueError, "start_point not on given polyline");
+  if (!truth(start_on.get())) raise(PyExc_ValueError, kernel::polyline_errors::start_not_on);
   Ref end_on = call_method(self, id<"point_is_on_polyline">(), {end});
-  if (!truth(end_on.get())) raise(PyExc_ValueError, "end_point not on given polyline");
+  if (!truth(end_on.get())) raise(PyExc_ValueError, kernel::polyline_errors::end_not_on);
   Ref parts = call_method(self, id<"split">(), {start});
   Ref after_start = getitem(parts.get(), 1);
   Ref between;
@@ -197,9 +197,7 @@ Ref concatenate(const Args& a) {
     Ref end = getattr(first, id<"end_point">());
     Ref start = getattr(second, id<"start_point">());
     if (!equal(end.get(), start.get()))
-      raise(PyExc_ValueError,
-            "Polylines can only be concatenated if the endpoint of the first line coincides with the start point of "
-            "the second");
+      raise(PyExc_ValueError, kernel::polyline_errors::not_concatenable);
   }
   if (has_points(first)) {
     Ref mine = points_of(first), theirs = points_of(second);

@@ -6,6 +6,8 @@
 
 #include <cmath>
 #include <optional>
+#include <string>
+#include <utility>
 
 namespace ostrel::kernel {
 
@@ -24,6 +26,18 @@ struct ArithmeticFault {
 // would raise, or where the outcome is in doubt. The native path then gives nothing and
 // the steps run (module/native_path.hpp).
 struct TakeSteps {};
+
+// Thrown by a kernel at the point where the documented steps raise an error whose type
+// and text it knows: the native path raises it as the host's exception, so a failure
+// costs no more than a success. An empty text stands for a raise without a message.
+struct StepsRaise {
+  enum class Type { value_error, index_error };
+  Type type;
+  std::string message;
+};
+inline StepsRaise value_error(std::string message) { return {StepsRaise::Type::value_error, std::move(message)}; }
+// Item access past the end of a list.
+inline StepsRaise list_index_out_of_range() { return {StepsRaise::Type::index_error, "list index out of range"}; }
 
 // Float comparison with tolerance. The module uses three forms on purpose and they do
 // not agree near zero, so each call site names the form it uses: both module

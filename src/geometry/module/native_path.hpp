@@ -6,8 +6,8 @@
 // its inputs (a reader gives nothing where the host must do the work), calls the kernel
 // and builds the result. An empty Ref, a kernel's TakeSteps and a kernel's
 // ArithmeticFault all mean the same: the documented steps run and decide, raising where
-// they raise. An exception the path raises itself (an error it has decided is due)
-// passes on.
+// they raise. A kernel's StepsRaise, and an exception the path raises itself (an error
+// it has decided is due), pass on as the host's exception.
 #pragma once
 
 #include "foundations/float_kernel.hpp"
@@ -22,6 +22,13 @@ Ref native_path(const Natives& natives, Path&& path) {
     return path();
   } catch (const kernel::TakeSteps&) {
   } catch (const kernel::ArithmeticFault&) {
+  } catch (const kernel::StepsRaise& error) {
+    PyObject* type = error.type == kernel::StepsRaise::Type::value_error ? PyExc_ValueError : PyExc_IndexError;
+    if (error.message.empty())
+      PyErr_SetNone(type);
+    else
+      PyErr_SetString(type, error.message.c_str());
+    throw PyError{};
   }
   return {};
 }
