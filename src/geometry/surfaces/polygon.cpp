@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <optional>
 
 #include "curves/intersections.hpp"
@@ -100,6 +101,33 @@ std::optional<NativePolygon> read_polygon(PyObject* self) {
   return read_list(points.get());
 }
 
+// The last clipping, by the corners and the tolerance it was made of: the area, the
+// centroid and the second moments of one polygon each ask for the same clipping, and
+// its outcome depends on nothing else.
+struct LastClipping {
+  std::vector<Vec3> corners;
+  kernel::Tolerance module{};
+  kernel::EarClipping result;
+
+  bool holds(const std::vector<Vec3>& ring, kernel::Tolerance tolerance) const {
+    // Bit for bit, so that a signed zero or a changed tolerance counts as a change.
+    auto same = [](const void* a, const void* b, size_t size) { return std::memcmp(a, b, size) == 0; };
+    return corners.size() == ring.size() && same(&module, &tolerance, sizeof module) &&
+           same(corners.data(), ring.data(), ring.size() * sizeof(Vec3));
+  }
+};
+
+const kernel::EarClipping& clipping_of(const std::vector<Vec3>& ring, kernel::Tolerance module) {
+  static LastClipping last;
+  if (!last.holds(ring, module)) {
+    last.corners.clear();  // a throw below must not leave a stale pair
+    last.result = kernel::clip_ears(ring, module);
+    last.module = module;
+    last.corners = ring;
+  }
+  return last.result;
+}
+
 // The triangles of the clipping as corner triples, the corners held; nothing where the
 // documented steps must run; the ValueErrors of the clipping raised where they stand.
 struct Clipped {
@@ -120,7 +148,7 @@ std::optional<Clipped> clip(PyObject* self) {
   }
   Clipped clipped{std::move(*polygon), {}};
   if (clipped.polygon.corners.size() < 3) return clipped;
-  kernel::EarClipping result = kernel::clip_ears(clipped.polygon.corners, clipped.polygon.tolerances.module);
+  const kernel::EarClipping& result = clipping_of(clipped.polygon.corners, clipped.polygon.tolerances.module);
   switch (result.outcome) {
     case kernel::EarClipping::Outcome::undecided:
       return std::nullopt;
@@ -133,7 +161,7 @@ std::optional<Clipped> clip(PyObject* self) {
     case kernel::EarClipping::Outcome::done:
       break;
   }
-  clipped.triangles = std::move(result.triangles);
+  clipped.triangles = result.triangles;
   return clipped;
 }
 

@@ -65,7 +65,7 @@ Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
   std::vector<Segment> edges(n);
   for (size_t k = 0; k < n; ++k) {
     edges[k] = {corners[k], corners[(k + 1) % n]};
-    if (coincide(edges[k].start, edges[k].end, t.module)) return Simplicity::undecided;  // Line refuses it
+    if (coincide(edges[k].start, edges[k].end, t.module)) throw value_error("Start and end point may not coincide");
   }
   // The first pair in the order of the documented double loop that decides: a crossing
   // away from a shared corner, or two answers that differ (a ValueError there).
@@ -132,7 +132,8 @@ Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
     return Simplicity::undecided;
   }
   if (!first) return Simplicity::simple;
-  return first_raises ? Simplicity::undecided : Simplicity::not_simple;
+  if (first_raises) throw value_error("");  // calculate_intersection_bounded_lines: the two answers differ
+  return Simplicity::not_simple;
 }
 
 }  // namespace ostrel::kernel

@@ -17,9 +17,11 @@ std::optional<size_t> first_duplicate(std::span<const Vec3> corners, Tolerance m
 
 // Polygon._is_simple over the closed ring of `corners`: whether any two edges that are
 // not the same meet (calculate_intersection_bounded_lines) without sharing a corner
-// (the end of one equal to the start of the other). `undecided` where the documented
-// steps raise: an edge with coinciding ends, two extension points that differ, a
-// division by zero; the first such pair in their order may come before an answer.
+// (the end of one equal to the start of the other). Where the documented steps raise,
+// the same error (StepsRaise): an edge with coinciding ends (making the Line), or, at
+// the first pair in their order that decides, two meeting points that differ.
+// `undecided` leaves to the steps what rounding or size puts in doubt (a division by
+// zero, a bound beyond the finite range).
 enum class Simplicity { simple, not_simple, undecided };
 Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t);
 
