@@ -3,9 +3,7 @@ Python and against pyproj (EPSG:28992 to EPSG:4326 and back, one reused Transfor
 measures how far the series lies from pyproj over a 1 km grid covering the Netherlands.
 Run by hand: python bench/bench_geo.py"""
 import math
-import pathlib
 import random
-import sys
 import time
 import warnings
 
@@ -13,8 +11,7 @@ import pyproj
 
 from ostrel.geometry import RDWGSConverter
 
-sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "tests"))
-from rd_wgs_steps import rd_to_wgs, wgs_to_rd  # noqa: E402
+from rd_wgs_steps import rd_to_wgs, wgs_to_rd
 
 def best_time(convert, points, repeat=5):
     best = math.inf

@@ -5,7 +5,6 @@ Run by hand: python bench/bench_obj.py [largest number of faces]"""
 import gc
 import io
 import math
-import pathlib
 import sys
 import time
 import tracemalloc
@@ -13,8 +12,7 @@ import tracemalloc
 from ostrel import geometry
 from ostrel._vendor import trimesh
 
-sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "tests"))
-from obj_steps import plain_parse  # noqa: E402
+from obj_steps import plain_parse
 
 
 def py_vertices_and_faces(file):

@@ -1,21 +1,18 @@
 """Times Polygon on star-shaped profiles: construction (its three checks) plus
 cross_sectional_area, centroid and moment_of_inertia, each of which clips the ears anew.
 
-Beside it, in one run: the documented steps transcribed into Python (tests/polygon_steps.py,
+Beside it, in one run: the documented steps transcribed into Python (polygon_steps.py,
 on the module's own Point, Line and Triangle, whose members run natively, so the figure
 flatters plain Python), where they finish within a minute; mapbox_earcut's triangulation
 alone; shapely's area and centroid. Run by hand: python bench/bench_polygon.py"""
 import math
-import pathlib
-import sys
 import time
 
 import numpy as np
 
 from ostrel.geometry import Point, Polygon
 
-sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "tests"))
-import polygon_steps as steps  # noqa: E402
+import polygon_steps as steps
 
 try:
     import mapbox_earcut

@@ -2,7 +2,7 @@
 
 Two measured profiles of n points each, interleaved in x, that cross at about one point
 in ten. Each case runs on ostrel.geometry, on the plain-Python transcription of the same
-documented steps (tests/polyline_steps.py) over plain-Python points and lines (those of
+documented steps (polyline_steps.py) over plain-Python points and lines (those of
 bench_lines.py, completed here), and, for the crossings, with shapely's LineString
 intersection. Results are first checked to agree (the transcription is skipped where
 it would take minutes), then timed; one table. Run it by hand:
@@ -21,7 +21,7 @@ import types
 os.environ.setdefault("OPENBLAS_NUM_THREADS", "1")
 
 HERE = pathlib.Path(__file__).resolve().parent
-sys.path[:0] = [str(HERE), str(HERE.parent / "tests")]
+sys.path[:0] = [str(HERE)]
 
 import bench_lines as plain  # noqa: E402
 import shapely  # noqa: E402

@@ -1,6 +1,6 @@
 """Every callable of the module called as a hostile caller would: each call ends in a value or in
 an exception other than SystemError, and the process survives. The calls run in child processes
-(fuzz_calls.py), so that a crash names its call and the run goes on after it.
+(tools/fuzz_calls.py), so that a crash names its call and the run goes on after it.
 
 OSTREL_FUZZ_CALLS (default 10000) and OSTREL_FUZZ_SEED (default "ci") choose a longer or another
 run, e.g. OSTREL_FUZZ_CALLS=1000000 OSTREL_FUZZ_SEED=$RANDOM python -m pytest tests/module/test_fuzz.py
@@ -10,7 +10,7 @@ import pathlib
 import subprocess
 import sys
 
-DRIVER = pathlib.Path(__file__).with_name("fuzz_calls.py")
+DRIVER = pathlib.Path(__file__).parents[2] / "tools" / "fuzz_calls.py"
 CALLS = int(os.environ.get("OSTREL_FUZZ_CALLS", "10000"))
 SEED = os.environ.get("OSTREL_FUZZ_SEED", "ci")
 BATCH = 5000

@@ -253,30 +253,6 @@ def test_glb_of_one_of_each_solid_reads_back():
     assert sum(len(g.faces) for g in scene.geometry.values()) == sum(f for _, _, f in found)
 
 
-def test_class_tree_names_and_definition_order():
-    from abc import ABCMeta
-
-    from ostrel import geometry
-    from ostrel.geometry import TransformableObject
-    table = {Revolve: ((TransformableObject, geometry.ABC), "revolve"), LineRevolve: ((Revolve,), "line-revolve"),
-             ArcRevolve: ((Revolve,), "arc-revolve"), CartesianAxes: ((Group,), "group"),
-             ArcExtrusion: ((Group,), "arc-extrusion"), CircularExtrusion: ((TransformableObject,), "circular-extrusion"),
-             Cone: ((TransformableObject,), "cone"), Sphere: ((TransformableObject,), "sphere"), Torus: ((Group,), "torus")}
-    for cls, (bases, name) in table.items():
-        assert cls.__bases__ == bases and type(cls) is ABCMeta and cls.__module__ == "ostrel.geometry"
-        assert cls._name.fget(None) == name
-    assert Arc.__bases__ == (object,) and type(Arc) is type
-    names = list(vars(geometry))
-    order = ["Line", "calculate_intersection_bounded_lines", "Revolve", "LineRevolve", "Arc", "ArcRevolve", "Triangle",
-             "CartesianAxes", "RDWGSConverter", "Extrusion", "ArcExtrusion", "CircularExtrusion",
-             "RectangularExtrusion", "Polygon", "Cone", "Sphere", "Torus", "TriangleAssembly"]
-    assert [names.index(n) for n in order] == sorted(names.index(n) for n in order)
-    # Defaults made once, at definition.
-    origin, = CartesianAxes.__init__.__defaults__[:1]
-    assert type(origin) is Point and tuple(origin) == (0.0, 0.0, 0.0)
-    assert Torus.__init__.__defaults__ == (2 * PI,)
-
-
 class Wedge(Revolve):
     """A revolve of the module's abstract base with a profile of its own."""
 

@@ -1,6 +1,7 @@
-"""Hostile calls against every callable of ostrel.geometry, run as a child process by test_fuzz.py.
+"""Hostile calls against every callable of ostrel.geometry, run as a child process by
+tests/module/test_fuzz.py, or by hand:
 
-    python fuzz_calls.py SEED START COUNT
+    python tools/fuzz_calls.py SEED START COUNT
 
 makes calls START .. START+COUNT-1 and prints "call I: DESCRIPTION" before each one, so that the
 parent can name the call a crash happened in, and "FAIL I: ..." for every SystemError. Call I
