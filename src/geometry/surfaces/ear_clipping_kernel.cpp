@@ -33,8 +33,7 @@ std::optional<bool> on_triangle(Vec3 p1, Vec3 p2, Vec3 p3, Vec3 p, Tolerance mod
 
 namespace {
 
-// A uniform grid over points in the xy plane, for the searches of polygon code that
-// ask which points lie near a triangle: built once, about one point per cell.
+// A box in the xy plane.
 struct Box {
   double x0, y0, x1, y1;
   static Box around(Vec3 p) { return {p.x, p.y, p.x, p.y}; }
@@ -43,85 +42,91 @@ struct Box {
   }
 };
 
-class PlanGrid {
+// The least and greatest value that the float expression a * (x - cx) + b * (y - cy)
+// takes at the points of a box, exactly as rounded: each step rounds monotonically (and
+// the build contracts no float expression), so the box's ends give the range's ends.
+struct Range {
+  double low, high;
+};
+Range linear_range(double a, double b, Vec3 c, const Box& box) {
+  const double dx0 = box.x0 - c.x, dx1 = box.x1 - c.x, dy0 = box.y0 - c.y, dy1 = box.y1 - c.y;
+  const double ax_low = a >= 0 ? a * dx0 : a * dx1, ax_high = a >= 0 ? a * dx1 : a * dx0;
+  const double by_low = b >= 0 ? b * dy0 : b * dy1, by_high = b >= 0 ? b * dy1 : b * dy0;
+  return {ax_low + by_low, ax_high + by_high};
+}
+
+// The points of a polygon in a tree of boxes, each node halving its points at the median
+// of its box's wider side and counting those still in the ring. A search goes down only
+// into nodes that still hold a point and whose box the caller says may hold one it
+// accepts, so it costs about the boundary of the region searched, however large the
+// region, and a clipped point costs nothing more.
+class PointTree {
  public:
-  // Points with finite x and y.
-  explicit PlanGrid(std::span<const Vec3> points) {
+  explicit PointTree(std::span<const Vec3> points) : points_(points), leaf_of_(points.size()) {
+    order_.resize(points.size());
+    for (uint32_t i = 0; i < points.size(); ++i) order_[i] = i;
     if (points.empty()) return;
-    bounds_ = Box::around(points[0]);
-    for (const Vec3& p : points) bounds_.include(p);
-    side_ = std::max<size_t>(1, static_cast<size_t>(std::sqrt(static_cast<double>(points.size()))));
-    width_ = (bounds_.x1 - bounds_.x0) / static_cast<double>(side_);
-    height_ = (bounds_.y1 - bounds_.y0) / static_cast<double>(side_);
-    start_.assign(side_ * side_ + 1, 0);
-    for (const Vec3& p : points) ++start_[cell(p.x, p.y) + 1];
-    for (size_t c = 1; c < start_.size(); ++c) start_[c] += start_[c - 1];
-    items_.resize(points.size());
-    std::vector<uint32_t> fill(start_.begin(), start_.end() - 1);
-    for (uint32_t i = 0; i < points.size(); ++i) items_[fill[cell(points[i].x, points[i].y)]++] = i;
+    nodes_.push_back({});
+    build(0, 0, static_cast<uint32_t>(points.size()), kNone);
   }
 
-  // Visits the cells that the triangle a, b, c grown by `margin` touches, row by row,
-  // over the columns that the triangle's part within the row's band spans, until
-  // `visit(cell)` returns true; whether it did. A long thin triangle (or a segment, given
-  // as a, b, b) visits the cells along it, not those of its bounding box.
-  template <typename Visit>
-  bool walk_near(Vec3 a, Vec3 b, Vec3 c, double margin, Visit visit) const {
-    const Vec3 corners[3] = {a, b, c};
-    const double low = std::min({a.y, b.y, c.y}) - margin, high = std::max({a.y, b.y, c.y}) + margin;
-    for (size_t cy = row(low), last = row(high); cy <= last; ++cy) {
-      // The band of this row, unbounded at the outer rows, where points beyond the grid's
-      // bounds are kept; grown by the margin.
-      const double bottom = cy == 0 ? -INFINITY : bounds_.y0 + static_cast<double>(cy) * height_ - margin;
-      const double top = cy + 1 == side_ ? INFINITY : bounds_.y0 + static_cast<double>(cy + 1) * height_ + margin;
-      double left = INFINITY, right = -INFINITY;
-      auto take = [&](double x) { left = std::min(left, x), right = std::max(right, x); };
-      for (int i = 0; i < 3; ++i) {
-        const Vec3 &p = corners[i], &q = corners[(i + 1) % 3];
-        if (p.y >= bottom && p.y <= top) take(p.x);
-        for (double y : {bottom, top})
-          if ((p.y - y) * (q.y - y) < 0.0) take(p.x + (y - p.y) * (q.x - p.x) / (q.y - p.y));
+  void remove(uint32_t point) {
+    for (uint32_t k = leaf_of_[point]; k != kNone; k = nodes_[k].parent) --nodes_[k].alive;
+  }
+
+  // The first point, in the order of the search, that `accept` takes, among those in
+  // nodes whose box `may_hold` admits; `alive` tells whether a point is still in the ring.
+  template <typename MayHold, typename Alive, typename Accept>
+  std::optional<uint32_t> find(MayHold may_hold, Alive alive, Accept accept) const {
+    if (nodes_.empty()) return std::nullopt;
+    std::vector<uint32_t> stack{0};
+    while (!stack.empty()) {
+      const Node& node = nodes_[stack.back()];
+      stack.pop_back();
+      if (node.alive == 0 || !may_hold(node.box)) continue;
+      if (node.left == kNone) {
+        for (uint32_t k = node.begin; k < node.end; ++k)
+          if (alive(order_[k]) && accept(order_[k])) return order_[k];
+        continue;
       }
-      if (left > right) continue;
-      for (size_t cx = column(left - margin), end = column(right + margin); cx <= end; ++cx)
-        if (visit(cy * side_ + cx)) return true;
+      stack.push_back(node.left + 1);
+      stack.push_back(node.left);
     }
-    return false;
+    return std::nullopt;
   }
-
-  // The first point near the triangle (see walk_near), in the order of the walk, that
-  // `accept` takes.
-  template <typename Accept>
-  std::optional<uint32_t> find_near(Vec3 a, Vec3 b, Vec3 c, double margin, Accept accept) const {
-    std::optional<uint32_t> found;
-    if (items_.empty()) return found;
-    walk_near(a, b, c, margin, [&](size_t cell) {
-      for (uint32_t k = start_[cell]; k < start_[cell + 1]; ++k)
-        if (accept(items_[k])) {
-          found = items_[k];
-          return true;
-        }
-      return false;
-    });
-    return found;
-  }
-
-  size_t cells() const { return side_ * side_; }
 
  private:
-  static size_t clamp(double position, size_t side) {
-    if (!(position > 0.0)) return 0;
-    if (position >= static_cast<double>(side - 1)) return side - 1;
-    return static_cast<size_t>(position);
-  }
-  size_t column(double x) const { return width_ > 0.0 ? clamp((x - bounds_.x0) / width_, side_) : 0; }
-  size_t row(double y) const { return height_ > 0.0 ? clamp((y - bounds_.y0) / height_, side_) : 0; }
-  size_t cell(double x, double y) const { return row(y) * side_ + column(x); }
+  static constexpr uint32_t kNone = UINT32_MAX;
+  static constexpr uint32_t kLeafSize = 8;
+  struct Node {
+    Box box;
+    uint32_t begin, end, parent, left, alive;
+  };
 
-  Box bounds_{};
-  size_t side_ = 1;
-  double width_ = 0.0, height_ = 0.0;
-  std::vector<uint32_t> start_, items_;
+  // Fills node k with the points order_[begin, end) and makes its children, side by side.
+  void build(uint32_t k, uint32_t begin, uint32_t end, uint32_t parent) {
+    Box box = Box::around(points_[order_[begin]]);
+    for (uint32_t i = begin; i < end; ++i) box.include(points_[order_[i]]);
+    nodes_[k] = {box, begin, end, parent, kNone, end - begin};
+    if (end - begin <= kLeafSize) {
+      for (uint32_t i = begin; i < end; ++i) leaf_of_[order_[i]] = k;
+      return;
+    }
+    const bool wide = box.x1 - box.x0 >= box.y1 - box.y0;
+    const uint32_t middle = begin + (end - begin) / 2;
+    std::nth_element(order_.begin() + begin, order_.begin() + middle, order_.begin() + end,
+                     [&](uint32_t a, uint32_t b) { return wide ? points_[a].x < points_[b].x : points_[a].y < points_[b].y; });
+    const uint32_t left = static_cast<uint32_t>(nodes_.size());
+    nodes_[k].left = left;
+    nodes_.push_back({});
+    nodes_.push_back({});
+    build(left, begin, middle, k);
+    build(left + 1, middle, end, k);
+  }
+
+  std::span<const Vec3> points_;
+  std::vector<uint32_t> order_, leaf_of_;
+  std::vector<Node> nodes_;
 };
 
 constexpr double unit_roundoff = 0x1p-53;
@@ -175,7 +180,7 @@ class Clipper {
   Clipper(std::span<const Vec3> points, Tolerance module)
       : p_(points),
         module_(module),
-        grid_(points),
+        tree_(points),
         n_(points.size()),
         prev_(n_),
         next_(n_),
@@ -252,7 +257,6 @@ class Clipper {
     if (twice_area + 1e-7 == 0.0) throw Undecided{};
     if (coincide(p3, p1, module_)) return evaluate_with_coinciding_neighbours(v, p1, p2, p3);
     auto blocks = [&](uint32_t q) {
-      if (!alive_[q]) return false;
       const Vec3& p = p_[q];
       if (coincide(p, p1, module_) || coincide(p, p2, module_) || coincide(p, p3, module_)) return false;
       if (strictly_in_triangle(p1, p2, p3, p)) return true;
@@ -262,17 +266,9 @@ class Clipper {
       if (!on) throw Undecided{};
       return *on;
     };
-    std::optional<uint32_t> blocker;
-    if (const std::optional<Reach> r = reach(p1, p2, p3, twice_area)) {
-      blocker = grid_.find_near(r->a, r->b, r->c, r->margin, blocks);
-    } else {
-      uint32_t q = head_;
-      do {
-        if (blocks(q)) blocker = q;
-        q = next_[q];
-      } while (!blocker && q != head_);
-    }
-    settle(v, blocker);
+    const Region region = region_of(p1, p2, p3, twice_area);
+    settle(v, tree_.find([&](const Box& box) { return region.may_hold(box); },
+                         [&](uint32_t q) { return static_cast<bool>(alive_[q]); }, blocks));
   }
 
   // An ear, or blocked by a point: the corner is looked at again when that point is clipped.
@@ -308,31 +304,81 @@ class Clipper {
     settle(v, blocker);
   }
 
-  // A triangle and a margin around it that hold every point the tests of one candidate
-  // can accept, or nothing where that region is unbounded (a flat triangle).
-  struct Reach {
-    Vec3 a, b, c;
-    double margin;
+  // Where the tests of one candidate can accept a point: strictly inside by the
+  // barycentric coordinates as Polygon._in_triangle rounds them (for a flat triangle a
+  // strip along its line, as long as the line), or on an edge: within the triangle grown
+  // by a margin that holds the tolerances of the on-edge test and the rounding of its
+  // steps. A box that can hold neither is passed over.
+  struct Region {
+    Vec3 p1, p2, p3;
+    double denominator;     // as _in_triangle forms it; not positive: every box may hold one
+    double edge_reach[3];   // the margin times each edge's length, for the edges' cross products
+    Box grown;              // the triangle's box grown by the margin
+    Box inside;             // the box of the points strictly inside (everything for a flat triangle)
+
+    bool may_hold(const Box& box) const { return near_an_edge(box) || strictly_inside(box); }
+
+    static bool apart(const Box& a, const Box& b) { return a.x1 < b.x0 || a.x0 > b.x1 || a.y1 < b.y0 || a.y0 > b.y1; }
+
+    // Each coordinate's own range first, then the three sides: no box that misses the
+    // region passes both.
+    bool strictly_inside(const Box& box) const {
+      if (!(denominator > 0.0)) return true;
+      if (apart(box, inside)) return false;
+      const Range a = linear_range(p2.y - p3.y, p3.x - p2.x, p3, box);
+      const Range b = linear_range(p3.y - p1.y, p1.x - p3.x, p3, box);
+      const double alpha_low = a.low / denominator, alpha_high = a.high / denominator;
+      const double beta_low = b.low / denominator, beta_high = b.high / denominator;
+      if (alpha_high <= 0 || alpha_low >= 1 || beta_high <= 0 || beta_low >= 1) return false;
+      return 1 - alpha_low - beta_low > 0;  // the greatest gamma
+    }
+
+    bool near_an_edge(const Box& box) const {
+      if (apart(box, grown)) return false;
+      const Vec3 corners[3] = {p1, p2, p3};
+      for (int i = 0; i < 3; ++i) {
+        const Vec3 &s = corners[i], &e = corners[(i + 1) % 3];
+        // (e - s) x (q - s), greatest over the box: below -reach, the box lies beyond this edge.
+        if (linear_range(-(e.y - s.y), e.x - s.x, s, box).high < -edge_reach[i]) return false;
+      }
+      return true;
+    }
   };
-  std::optional<Reach> reach(Vec3 p1, Vec3 p2, Vec3 p3, double twice_area) const {
-    // Strictly inside with the widened denominator: the triangle p3, p3 + k (p1 - p3),
-    // p3 + k (p2 - p3), with k = (D + 1e-7) / D. For the small triangles of a finely
-    // divided curve it reaches far beyond the corners, along the curve's chords; it
-    // holds the triangle itself.
-    if (!(twice_area > 0.0)) return std::nullopt;
-    const double k = (twice_area + 1e-7) / twice_area;
-    const Reach r{p3, {p3.x + k * (p1.x - p3.x), p3.y + k * (p1.y - p3.y), 0.0},
-                  {p3.x + k * (p2.x - p3.x), p3.y + k * (p2.y - p3.y), 0.0}, 0.0};
+
+  Region region_of(Vec3 p1, Vec3 p2, Vec3 p3, double twice_area) const {
+    Region r{p1, p2, p3, twice_area + 1e-7, {}, {}};
     // On an edge: within the edge's length times the line tolerance of the edge, or
     // equal to an end; and room for the rounding of every step.
     const double longest = std::max({distance(p1, p2), distance(p2, p3), distance(p3, p1)});
     const double spread = std::sqrt(3.0) * std::max(module_.rel, module_.abs);
-    const double size = std::max({std::fabs(r.b.x), std::fabs(r.b.y), std::fabs(r.c.x), std::fabs(r.c.y),
+    const double size = std::max({std::fabs(p1.x), std::fabs(p1.y), std::fabs(p2.x), std::fabs(p2.y),
                                   std::fabs(p3.x), std::fabs(p3.y)}) +
                         longest;
-    const double margin = 2.0 * (longest * spread + module_.abs + module_.rel * size) + 1e-9 * size + 1e-300;
-    if (!std::isfinite(margin)) return std::nullopt;
-    return Reach{r.a, r.b, r.c, margin};
+    double margin = 2.0 * (longest * spread + module_.abs + module_.rel * size) + 1e-9 * size + 1e-300;
+    if (!std::isfinite(margin)) margin = INFINITY;
+    r.grown = Box::around(p1);
+    r.grown.include(p2);
+    r.grown.include(p3);
+    r.grown = {r.grown.x0 - margin, r.grown.y0 - margin, r.grown.x1 + margin, r.grown.y1 + margin};
+    // Strictly inside with the widened denominator: within the triangle p3, p3 + k (p1 - p3),
+    // p3 + k (p2 - p3), k = (D + 1e-7) / D, and a little room for the rounding of the
+    // coordinates. For the small triangles of a finely divided curve it reaches far along
+    // the curve's chords; for a flat one it has no bounds.
+    r.inside = {-INFINITY, -INFINITY, INFINITY, INFINITY};
+    const double k = (twice_area + 1e-7) / twice_area;
+    const Vec3 a{p3.x + k * (p1.x - p3.x), p3.y + k * (p1.y - p3.y), 0.0};
+    const Vec3 b{p3.x + k * (p2.x - p3.x), p3.y + k * (p2.y - p3.y), 0.0};
+    const double room = 1e-9 * (std::max({std::fabs(a.x), std::fabs(a.y), std::fabs(b.x), std::fabs(b.y)}) + size);
+    if (twice_area > 0.0 && std::isfinite(room)) {
+      r.inside = Box::around(p3);
+      r.inside.include(a);
+      r.inside.include(b);
+      r.inside = {r.inside.x0 - room, r.inside.y0 - room, r.inside.x1 + room, r.inside.y1 + room};
+    }
+    r.edge_reach[0] = margin * distance(p1, p2) + margin;
+    r.edge_reach[1] = margin * distance(p2, p3) + margin;
+    r.edge_reach[2] = margin * distance(p3, p1) + margin;
+    return r;
   }
 
   static double distance(Vec3 a, Vec3 b) { return std::sqrt((b.x - a.x) * (b.x - a.x) + (b.y - a.y) * (b.y - a.y)); }
@@ -359,6 +405,7 @@ class Clipper {
     next_[a] = b;
     prev_[b] = a;
     alive_[v] = false;
+    tree_.remove(v);
     if (head_ == v) head_ = b;
     --remaining_;
     pending_.erase(v);
@@ -379,7 +426,7 @@ class Clipper {
 
   std::span<const Vec3> p_;
   Tolerance module_;
-  PlanGrid grid_;
+  PointTree tree_;
   size_t n_;
   std::vector<uint32_t> prev_, next_;
   std::vector<bool> alive_;
