@@ -1,67 +1,14 @@
-"""Times TriangleAssembly's vertex merging against the same steps written in plain Python,
+"""Times TriangleAssembly's vertex merging against the same steps written in plain Python
+(assembly_steps.py),
 and the glTF export of a pattern of assemblies split into our scene building and
 trimesh's writing. Run by hand: python bench/bench_assembly.py"""
 import math
 import time
 
 from ostrel import geometry
-from ostrel.core import ISCLOSE_ATOL, ISCLOSE_RTOL
 from ostrel.geometry import LinearPattern, Point, Triangle, TriangleAssembly, _GLTF
 
-
-class PyPoint:
-    def __init__(self, x, y, z=0.0):
-        self._x, self._y, self._z = float(x), float(y), float(z)
-
-    x = property(lambda self: self._x)
-    y = property(lambda self: self._y)
-    z = property(lambda self: self._z)
-
-    def __eq__(self, other):
-        if not isinstance(other, PyPoint):
-            return NotImplemented
-        return (math.isclose(self._x, other._x, rel_tol=ISCLOSE_RTOL, abs_tol=ISCLOSE_ATOL)
-                and math.isclose(self._y, other._y, rel_tol=ISCLOSE_RTOL, abs_tol=ISCLOSE_ATOL)
-                and math.isclose(self._z, other._z, rel_tol=ISCLOSE_RTOL, abs_tol=ISCLOSE_ATOL))
-
-
-class PyTriangle:
-    def __init__(self, p1, p2, p3):
-        self.profile = [p1, p2, p3]
-
-
-def py_vertices_and_faces(triangles, skip_duplicate_vertices_check=False):
-    faces = []
-    vertex_index = 0
-    unique_points = [None] * len(triangles) * 3
-    for triangle in triangles:
-        p1, p2, p3 = triangle.profile
-        p1_index = p2_index = p3_index = None
-        if not skip_duplicate_vertices_check:
-            for index, point in enumerate(unique_points):
-                if point is None:
-                    break
-                if point == p1:
-                    p1_index = index
-                elif point == p2:
-                    p2_index = index
-                elif point == p3:
-                    p3_index = index
-        if p1_index is None:
-            p1_index = vertex_index
-            unique_points[p1_index] = p1
-            vertex_index += 1
-        if p2_index is None:
-            p2_index = vertex_index
-            unique_points[p2_index] = p2
-            vertex_index += 1
-        if p3_index is None:
-            p3_index = vertex_index
-            unique_points[p3_index] = p3
-            vertex_index += 1
-        faces.append([p1_index, p2_index, p3_index])
-    vertices = [[float(p.x), float(p.y), float(p.z)] for p in unique_points if p is not None]
-    return vertices, faces
+from assembly_steps import PlainPoint, PlainTriangle, vertices_and_faces
 
 
 def grid_triangles(columns, rows, point, triangle):
@@ -87,13 +34,13 @@ def best_of(function, repeat):
 def bench_merging_against_python():
     print("1,000 triangles of a grid (25 x 20 cells):")
     ours = grid_triangles(25, 20, Point, Triangle)
-    theirs = grid_triangles(25, 20, PyPoint, PyTriangle)
+    theirs = grid_triangles(25, 20, PlainPoint, PlainTriangle)
     assert len(ours) == 1000
     for skip in (False, True):
         assembly = TriangleAssembly(ours, skip_duplicate_vertices_check=skip)
-        assert assembly._get_vertices_and_faces() == py_vertices_and_faces(theirs, skip)
+        assert assembly._get_vertices_and_faces() == vertices_and_faces(theirs, skip)
         native = best_of(assembly._get_vertices_and_faces, 20)
-        python = best_of(lambda: py_vertices_and_faces(theirs, skip), 3 if not skip else 20)
+        python = best_of(lambda: vertices_and_faces(theirs, skip), 3 if not skip else 20)
         label = "without the duplicate check" if skip else "with the duplicate check   "
         print(f"  {label}: ours {native * 1e3:8.3f} ms, plain Python {python * 1e3:8.1f} ms, "
               f"{python / native:6.0f}x")

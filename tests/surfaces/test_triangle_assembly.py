@@ -11,37 +11,14 @@ from ostrel import geometry
 from ostrel.core import Color
 from ostrel.geometry import Material, Point, TransformableObject, Triangle, TriangleAssembly, get_vertices_faces
 
+from assembly_steps import PlainPoint, PlainTriangle, vertices_and_faces
+
 
 def documented_scan(triangles):
-    """The vertex merging step by step as documented, with Point equality written out."""
-
-    def equal(a, b):
-        if not isinstance(b, Point):
-            return a is b
-        return all(math.isclose(a[i], b[i], rel_tol=geometry.ISCLOSE_RTOL, abs_tol=geometry.ISCLOSE_ATOL)
-                   for i in range(3))
-
-    faces, unique_points = [], [None] * len(triangles) * 3
-    vertex_index = 0
-    for triangle in triangles:
-        corners = p1, p2, p3 = triangle.profile
-        index = [None, None, None]
-        for slot, point in enumerate(unique_points):
-            if point is None:
-                break
-            if equal(point, p1):
-                index[0] = slot
-            elif equal(point, p2):
-                index[1] = slot
-            elif equal(point, p3):
-                index[2] = slot
-        for k in range(3):
-            if index[k] is None:
-                index[k], unique_points[vertex_index] = vertex_index, corners[k]
-                vertex_index += 1
-        faces.append(index)
-    vertices = [[float(p.x), float(p.y), float(p.z)] for p in unique_points if p is not None]
-    return vertices, faces
+    """The vertex merging step by step as documented, on plain points that compare as Point does."""
+    plain = [PlainTriangle(*(PlainPoint(p.x, p.y, p.z) if isinstance(p, Point) else p for p in t.profile))
+             for t in triangles]
+    return vertices_and_faces(plain)
 
 
 class SubPoint(Point):

@@ -24,53 +24,54 @@ bool tame(double v) {
   return m == 0.0 || (m > 1e-140 && m < 1e140);
 }
 
-// The x extents of a chain's pairs, in pair order.
+// The extents of a chain's pairs, in pair order: in x, and in y where a caller bounds
+// what it looks for in y too (unbounded otherwise).
 struct Box {
   double low, high;
   std::size_t pair;
+  double y_low = -std::numeric_limits<double>::infinity(), y_high = std::numeric_limits<double>::infinity();
 };
 
 // The boxes of the other chain as a tree of their extents, so that the boxes meeting one
 // own box come out in pair order as they are found: the documented loops visit the
-// pairs by own and then other index, and no list of all meeting pairs is held (on one
-// vertical line every pair meets every other).
+// pairs by own and then other index, and no list of all meeting pairs is held. The
+// extents in y keep the walk short where many pairs share their x (a profile with a
+// long vertical part).
 class BoxTree {
  public:
   explicit BoxTree(std::vector<Box> boxes) : boxes_(std::move(boxes)) {
     while (leaves_ < boxes_.size()) leaves_ *= 2;
-    low_.assign(2 * leaves_, std::numeric_limits<double>::infinity());
-    high_.assign(2 * leaves_, -std::numeric_limits<double>::infinity());
-    for (std::size_t i = 0; i < boxes_.size(); ++i) {
-      low_[leaves_ + i] = boxes_[i].low;
-      high_[leaves_ + i] = boxes_[i].high;
-    }
+    const double inf = std::numeric_limits<double>::infinity();
+    nodes_.assign(2 * leaves_, {inf, -inf, 0, inf, -inf});
+    for (std::size_t i = 0; i < boxes_.size(); ++i) nodes_[leaves_ + i] = boxes_[i];
     for (std::size_t node = leaves_; node-- > 1;) {
-      low_[node] = std::min(low_[2 * node], low_[2 * node + 1]);
-      high_[node] = std::max(high_[2 * node], high_[2 * node + 1]);
+      const Box &a = nodes_[2 * node], &b = nodes_[2 * node + 1];
+      nodes_[node] = {std::min(a.low, b.low), std::max(a.high, b.high), 0, std::min(a.y_low, b.y_low),
+                      std::max(a.y_high, b.y_high)};
     }
   }
 
-  // visit(pair) for every box that meets [low, high], ends included, in pair order.
+  // visit(pair) for every box that meets `box`, ends included, in pair order.
   template <typename Visit>
-  void meeting(double low, double high, Visit&& visit) const {
-    if (!boxes_.empty()) walk(1, low, high, visit);
+  void meeting(const Box& box, Visit&& visit) const {
+    if (!boxes_.empty()) walk(1, box, visit);
   }
 
  private:
   template <typename Visit>
-  void walk(std::size_t node, double low, double high, Visit& visit) const {
-    if (low_[node] > high || high_[node] < low) return;
+  void walk(std::size_t node, const Box& box, Visit& visit) const {
+    const Box& n = nodes_[node];
+    if (n.low > box.high || n.high < box.low || n.y_low > box.y_high || n.y_high < box.y_low) return;
     if (node >= leaves_) {
       visit(boxes_[node - leaves_].pair);
       return;
     }
-    walk(2 * node, low, high, visit);
-    walk(2 * node + 1, low, high, visit);
+    walk(2 * node, box, visit);
+    walk(2 * node + 1, box, visit);
   }
 
-  std::vector<Box> boxes_;
+  std::vector<Box> boxes_, nodes_;
   std::size_t leaves_ = 1;
-  std::vector<double> low_, high_;
 };
 
 // The non-degenerate pairs of a chain with their boxes; the steps' `lines`, with the
@@ -266,12 +267,15 @@ Chain Polylines::intersections_with_x_location(const Chain& c, double x, const P
 }
 
 Chain Polylines::intersections_with_polyline(const Chain& self, const Chain& other) {
-  // Only pairs whose boxes meet can cross; they come in the order of the steps' loops.
+  // Only pairs whose boxes meet in x and in y can cross (the first test of the steps);
+  // they come in the order of the steps' loops.
   auto exact_boxes = [&](const Chain& c) {
     std::vector<Box> boxes;
-    for (std::size_t i = 0; i + 1 < c.size(); ++i)
+    for (std::size_t i = 0; i + 1 < c.size(); ++i) {
+      const Vec3 &a = c[i].at, &b = c[i + 1].at;
       if (!equal(c[i], c[i + 1]))
-        boxes.push_back({std::min(c[i].at.x, c[i + 1].at.x), std::max(c[i].at.x, c[i + 1].at.x), i});
+        boxes.push_back({std::min(a.x, b.x), std::max(a.x, b.x), i, std::min(a.y, b.y), std::max(a.y, b.y)});
+    }
     return boxes;
   };
   const BoxTree others(exact_boxes(other));
@@ -279,7 +283,7 @@ Chain Polylines::intersections_with_polyline(const Chain& self, const Chain& oth
   for (const Box& mine : exact_boxes(self)) {
     const std::size_t own = mine.pair;
     line_intersections.clear();
-    others.meeting(mine.low, mine.high, [&](std::size_t theirs) {
+    others.meeting(mine, [&](std::size_t theirs) {
       const Crossing crossing = intersection_bounded_lines(segment(self, own), segment(other, theirs), true, t_);
       if (crossing.kind == Crossing::Kind::mismatch) throw value_error("");  // the two answers differ
       if (crossing.kind == Crossing::Kind::none) return;
@@ -325,7 +329,7 @@ std::vector<Chain> Polylines::find_overlaps(const Chain& self, const Chain& othe
   for (const Box& mine : boxes_of(self, t_, own_from)) {
     const std::size_t own = mine.pair;
     local.clear();
-    others.meeting(mine.low, mine.high, [&](std::size_t theirs) {
+    others.meeting(mine, [&](std::size_t theirs) {
       const Overlap o = find_overlap(segment(self, own), segment(other, theirs), false, t_);
       if (o.kind == Overlap::Kind::none) return;
       if (o.kind == Overlap::Kind::point) {
