@@ -4,6 +4,7 @@ killed, one it passes survives. Run by hand, from the repository:
 
     python tools/mutate.py                  # every mutant
     python tools/mutate.py -k rd_wgs        # those whose file or description holds the word
+    python tools/mutate.py -k polygon -k ear_clipping   # those that hold either
     python tools/mutate.py --list           # the mutants, without running them
 
 The copy lives in build/mutants (its own editable install in its own virtual environment,
@@ -84,11 +85,13 @@ def suite(timeout):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("-k", default="", help="run only mutants whose file or description holds this word")
+    parser.add_argument("-k", action="append", default=[],
+                        help="run only mutants whose file or description holds this word (repeatable: any of them)")
     parser.add_argument("--list", action="store_true", help="list the mutants and stop")
     parser.add_argument("--timeout", type=float, default=600, help="seconds a suite run may take")
     options = parser.parse_args()
-    mutants = [m for m in read_mutants(ROOT / "tools" / "mutants.txt") if options.k in m[0] + m[1]]
+    mutants = [m for m in read_mutants(ROOT / "tools" / "mutants.txt")
+               if not options.k or any(word in m[0] + m[1] for word in options.k)]
     if options.list:
         for file, description, _, _ in mutants:
             print(f"{file}: {description}")

@@ -4,6 +4,7 @@ import numpy as np
 import pytest
 from hypothesis import example, given, settings, strategies as st
 
+from ostrel import geometry
 from ostrel.geometry import Point, Polygon, Triangle
 
 import polygon_steps as steps
@@ -189,3 +190,17 @@ def test_corner_tests():
     with pytest.raises(ZeroDivisionError):
         Polygon._in_triangle(P(0, 1), P(1e-7, 0), P(0, 0), P(5, 5))
 
+
+
+def test_a_clipping_is_made_anew_when_the_tolerances_change(monkeypatch):
+    # (2 + 5e-10, 1) lies on the edge from (2, 0) to (2, 2) by the module's tolerances, and off it without them.
+    ring = [P(2, 2), P(2.0000000005, 1), P(2, 0), P(1, 1)]
+    native, documented = Polygon(ring), Documented(ring)
+
+    def clipping(polygon):
+        return [[(c.x, c.y) for c in t.profile] for t in polygon._triangulate_by_earclipping()]
+
+    before = clipping(native)
+    monkeypatch.setattr(geometry, "ISCLOSE_RTOL", 0.0)
+    monkeypatch.setattr(geometry, "ISCLOSE_ATOL", 0.0)
+    assert clipping(native) == clipping(documented) != before
