@@ -139,6 +139,16 @@ def test_envelopes_of_random_profiles_fail_where_the_steps_fail(n, seed):
     assert envelope(Polyline) == envelope(StepPolyline)
 
 
+def test_crossings_that_differ_from_either_side_raise_in_the_walk_over_pairs():
+    # Segments crossing near y = 0 far out: the two one-sided intersections round apart.
+    first = [Point(4841190.888957689, -19.072162012404725), Point(4841210.888957689, 19.072162012404725)]
+    second = [Point(4841190.888957689, -19.08185015590592), Point(4841210.888957689, 19.08185035590592)]
+    for cls in (Polyline, StepPolyline):
+        with pytest.raises(ValueError) as error:
+            cls(first + [Point(4841230, 0)]).intersections_with_polyline(cls([Point(4841180, 5)] + second))
+        assert error.value.args == ()
+
+
 def test_points_the_kernel_cannot_take_go_down_the_documented_steps():
     huge = Polyline([Point(0, 0), Point(1e200, 1e200)])
     with pytest.raises(OverflowError):
