@@ -25,6 +25,7 @@ from ostrel._vendor import trimesh
 from ostrel.geometry import Point, Polygon, Polyline, RDWGSConverter
 
 from bench_obj import scan_like_mesh
+from bench_polyline import profiles
 
 
 # ---- inputs ----
@@ -64,14 +65,6 @@ def comb(n):
 
 def random_profile(n, rng):
     return [(x, rng.uniform(0, 10)) for x in sorted(rng.uniform(0, 1000) for _ in range(n))]
-
-
-def gentle_profiles(n):
-    """Two profiles over the same stretch that cross about once in ten points."""
-    xs = [1000 * i / (n - 1) for i in range(n)]
-    first = [(x, math.sin(x / 7)) for x in xs]
-    second = [(x + 0.5 * 1000 / n, math.sin(x / 7) + 0.3 * math.sin(x * n / 600)) for x in xs]
-    return first, second
 
 
 def points(xy):
@@ -135,7 +128,7 @@ def vertical_case(n):
 
 
 def envelope_case(n):
-    first, second = (Polyline(points(p)) for p in gentle_profiles(n))
+    first, second = (Polyline(points(p)) for p in profiles(n))
     return lambda: Polyline.get_lowest_or_highest_profile_x(first, second, True), None
 
 
