@@ -10,6 +10,8 @@ from ostrel import geometry
 from ostrel._vendor import NODE_DATA_KEYWORD
 from ostrel.geometry import Group, LinearPattern, Point, Triangle, TriangleAssembly, _GLTF
 
+from glb_nodes import mesh_nodes
+
 HEX_NAME = re.compile(r"[0-9a-f]{32}")
 SQUARE = [((0, 0, 0), (1, 0, 0), (0, 1, 0)), ((0, 1, 0), (1, 0, 0), (1, 1, 0))]
 
@@ -42,15 +44,6 @@ EXPECTED = {
 }
 
 
-def positions(gltf, mesh_index):
-    """The POSITION data of a mesh's one primitive, read from the binary chunk."""
-    accessor = gltf.accessors[gltf.meshes[mesh_index].primitives[0].attributes.POSITION]
-    view = gltf.bufferViews[accessor.bufferView]
-    assert accessor.componentType == pygltflib.FLOAT and accessor.type == "VEC3"
-    start = (view.byteOffset or 0) + (accessor.byteOffset or 0)
-    return np.frombuffer(gltf.binary_blob(), dtype="<f4", count=3 * accessor.count, offset=start).reshape(-1, 3)
-
-
 def transformed(matrix, vertices):
     homogeneous = np.hstack([vertices, np.ones((len(vertices), 1))])
     return sorted(tuple(v) for v in (homogeneous @ matrix.T)[:, :3].round(5))
@@ -77,20 +70,9 @@ def test_pygltflib_reads_names_extras_nesting_meshes_and_positions(glb):
     # The pattern stores its mesh once for all three of its nodes.
     assert len(gltf.meshes) == 3
 
-    found = {}
-
-    def walk(index, path, parent):
-        node = gltf.nodes[index]
-        path = path + (node.extras["ostrel-name"],)
-        matrix = parent @ (np.array(node.matrix).reshape(4, 4).T if node.matrix else np.identity(4))
-        if node.mesh is not None:
-            assert not node.children
-            found[path] = (node.mesh, transformed(matrix, positions(gltf, node.mesh)))
-        for child in node.children:
-            walk(child, path, matrix)
-
-    for root in roots:
-        walk(root, (), np.identity(4))
+    meshes = mesh_nodes(gltf, roots)
+    assert not any(node.children for _, node, _, _ in meshes)
+    found = {path: (node.mesh, sorted(tuple(v) for v in world.round(5))) for path, node, world, _ in meshes}
     assert sorted(gltf.nodes[r].extras["ostrel-name"] for r in roots) == ["group", "pattern"]
     assert {path: vertices for path, (_, vertices) in found.items()} == EXPECTED
     pattern_meshes = {mesh for path, (mesh, _) in found.items() if path[0] == "pattern"}

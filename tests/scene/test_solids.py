@@ -10,6 +10,7 @@ from ostrel.geometry import (Arc, ArcExtrusion, ArcRevolve, CartesianAxes, Circu
                              Line, LineRevolve, Material, Point, Revolve, Sphere, Torus, Vector, _GLTF, trimesh)
 
 from differential import steps
+from glb_nodes import mesh_nodes
 
 PI = math.pi
 O = Point(0, 0, 0)
@@ -184,38 +185,13 @@ def test_cartesian_axes_and_arc_extrusion():
         ArcExtrusion(SQUARE, arc).children
 
 
-def walk_glb(glb):
-    """(path of ostrel-names, world vertices, triangle count) of every mesh node of a GLB."""
-    gltf = pygltflib.GLTF2.load_from_bytes(glb)
-    found = []
-
-    def walk(index, path, parent):
-        node = gltf.nodes[index]
-        path = path + ((node.extras or {}).get("ostrel-name"),) if node.extras else path
-        matrix = parent @ (np.array(node.matrix).reshape(4, 4).T if node.matrix else np.identity(4))
-        if node.mesh is not None:
-            primitive = gltf.meshes[node.mesh].primitives[0]
-            accessor = gltf.accessors[primitive.attributes.POSITION]
-            view = gltf.bufferViews[accessor.bufferView]
-            start = (view.byteOffset or 0) + (accessor.byteOffset or 0)
-            local = np.frombuffer(gltf.binary_blob(), "<f4", 3 * accessor.count, start).reshape(-1, 3)
-            world = (np.hstack([local, np.ones((len(local), 1))]) @ matrix.T)[:, :3]
-            found.append((path, world, gltf.accessors[primitive.indices].count // 3))
-        for child in node.children:
-            walk(child, path, matrix)
-
-    for root in gltf.scenes[gltf.scene or 0].nodes:
-        walk(root, (), np.identity(4))
-    return found
-
-
 def test_glb_of_one_of_each_solid_reads_back():
     bar = CircularExtrusion(0.2, Line(Point(1, 2, 3), Point(4, 6, 3)))
     solids = [bar, Cone(1, 2), Sphere(Point(5, 0, 0), 2, 12, 8), Torus(1, 3, rotation_angle=PI).translate((0, 10, 0)),
               CartesianAxes(), line_revolve((1, 1), (3, 2)), ArcRevolve(Arc(Point(3, 0), Point(4, 0), Point(3, 1))),
               ArcExtrusion(SQUARE, Arc(Point(0, 0), Point(2, 0), Point(0, 2)), n_segments=4)]
     glb = _GLTF.to_gltf(*solids).getvalue_binary()
-    found = walk_glb(glb)
+    found = [(path, world, faces) for path, _, world, faces in mesh_nodes(pygltflib.GLTF2.load_from_bytes(glb))]
     paths = sorted({path for path, _, _ in found})
     assert paths == sorted([
         ("arc-extrusion", "extrusion", "assembly"), ("arc-extrusion", "extrusion", "polygon"), ("arc-revolve",),
