@@ -3,7 +3,7 @@ on friendly and on degenerate inputs, with a peer beside ours where one does the
 (shapely, mapbox_earcut, pyproj, trimesh). One table in Markdown; "growth" is the time at
 the largest size over the time at the size ten times smaller (n log n gives about 12).
 
-    python bench/bench_scaling.py [--sizes 1000 10000 100000] [--budget 20]
+    python bench/bench_scaling.py [--sizes 1000 10000 100000] [--budget 20] [--only Polygon Envelope]
 
 A case that takes longer than the budget at one size is not run at the larger ones. Slow
 cases run once, fast ones (below 0.2 s) the best of a few runs.
@@ -77,11 +77,23 @@ def measures(polygon):
     return polygon.cross_sectional_area, polygon.centroid, polygon.moment_of_inertia
 
 
+def alternating(calls):
+    """One call after the other in turn: a polygon keeps its last clipping, and a measurement
+    should clip as a first call does, so runs alternate between two copies of the input,
+    the second moved by half a unit."""
+    turn = iter(int(i % 2) for i in range(10**9))
+    return lambda: calls[next(turn)]()
+
+
+def moved(xy):
+    return [(x + 0.5, y) for x, y in xy]
+
+
 def polygon_case(shape):
     def make(n):
         xy = shape(n)
-        ours = points(xy)
-        return (lambda: measures(Polygon(ours)),
+        copies = [points(xy), points(moved(xy))]
+        return (alternating([lambda ours=ours: measures(Polygon(ours)) for ours in copies]),
                 lambda: (lambda s: (s.area, s.centroid))(shapely.Polygon(xy)))
     return make
 
@@ -89,9 +101,9 @@ def polygon_case(shape):
 def clipping_case(shape):
     def make(n):
         xy = shape(n)
-        polygon = Polygon(points(xy))
+        polygons = [Polygon(points(xy)), Polygon(points(moved(xy)))]
         rings = np.array([len(xy)], dtype=np.uint32)
-        return (polygon._triangulate_by_earclipping,
+        return (alternating([polygon._triangulate_by_earclipping for polygon in polygons]),
                 lambda: mapbox_earcut.triangulate_float64(np.array(xy), rings))
     return make
 
@@ -209,6 +221,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--sizes", type=int, nargs="+", default=[1_000, 10_000, 100_000])
     parser.add_argument("--budget", type=float, default=20.0, help="seconds after which larger sizes are skipped")
+    parser.add_argument("--only", nargs="+", default=[""], help="the cases whose name holds one of these texts")
     options = parser.parse_args()
     sizes = options.sizes
     cpu = next((line.split(":", 1)[1].strip() for line in open("/proc/cpuinfo") if line.startswith("model name")),
@@ -217,7 +230,7 @@ def main():
     header = ["case"] + [f"{n:,}" for n in sizes] + ["growth", "peer"] + [f"peer {n:,}" for n in sizes]
     print("| " + " | ".join(header) + " |")
     print("|" + "---|" * len(header))
-    for name, peer_name, make in CASES:
+    for name, peer_name, make in (case for case in CASES if any(text in case[0] for text in options.only)):
         ours, theirs, over = [], [], False
         for n in sizes:
             if over:
@@ -233,7 +246,8 @@ def main():
             growth = f"{ours[-1] / ours[-2]:.1f}x"
         row = [name] + [seconds(t) for t in ours] + [growth, peer_name or "-"] + [seconds(t) for t in theirs]
         print("| " + " | ".join(row) + " |", flush=True)
-    print("\nThe envelope of random profiles gave " + "; ".join(OUTCOMES) + ".")
+    if OUTCOMES:
+        print("\nThe envelope of random profiles gave " + "; ".join(OUTCOMES) + ".")
 
 
 if __name__ == "__main__":
