@@ -79,7 +79,8 @@ class PointTree {
   template <typename MayHold, typename Alive, typename Accept>
   std::optional<uint32_t> find(MayHold may_hold, Alive alive, Accept accept) const {
     if (nodes_.empty()) return std::nullopt;
-    std::vector<uint32_t> stack{0};
+    std::vector<uint32_t>& stack = stack_;  // kept between searches: one allocation for all
+    stack.assign(1, 0);
     while (!stack.empty()) {
       const Node& node = nodes_[stack.back()];
       stack.pop_back();
@@ -127,6 +128,7 @@ class PointTree {
   std::span<const Vec3> points_;
   std::vector<uint32_t> order_, leaf_of_;
   std::vector<Node> nodes_;
+  mutable std::vector<uint32_t> stack_;
 };
 
 constexpr double unit_roundoff = 0x1p-53;
