@@ -98,7 +98,7 @@ class PointTree {
 
  private:
   static constexpr uint32_t kNone = UINT32_MAX;
-  static constexpr uint32_t kLeafSize = 8;
+  static constexpr uint32_t kLeafSize = 2;
   struct Node {
     Box box;
     uint32_t begin, end, parent, left, alive;
