@@ -79,6 +79,9 @@ MEASURES = [lambda p: p.cross_sectional_area, lambda p: p.centroid, lambda p: p.
        st.lists(st.tuples(st.integers(0, 5), st.integers(0, 5)), min_size=17, max_size=30) |
        st.lists(st.tuples(st.integers(0, 5), st.integers(0, 5)).map(lambda c: (c[0] * 1e-4, c[1] * 1e-4)),
                 min_size=17, max_size=30), st.booleans())
+@example([(x * 1e-4, y * 1e-4) for x, y in [(0, 1), (4, 2), (4, 5), (5, 1), (4, 4), (5, 5), (4, 2), (4, 5), (5, 2),
+                                           (4, 3), (3, 5), (4, 2), (3, 1), (0, 2), (3, 3), (0, 5), (2, 4), (2, 5),
+                                           (4, 4), (1, 1), (1, 4)]], False)
 def test_any_ring_given_after_construction_measures_as_the_documented_steps_measure_it(coordinates, shared):
     """Rings nobody checked: duplicates, repeated and collinear corners, rings that turn clockwise
     while clipped. A plain Polygon (native paths) and a subclass (the documented steps) give the same
