@@ -105,19 +105,19 @@ def crossing_profiles(draw):
     return first, second
 
 
+def envelope(cls, first, second, lowest):
+    """The envelope of two profiles of cls, or its error, described by the input points."""
+    inputs = [(f"first[{i}]", o) for i, o in enumerate(first)] + [(f"second[{i}]", o) for i, o in enumerate(second)]
+    try:
+        return describe(cls.get_lowest_or_highest_profile_x(cls(first), cls(second), lowest), inputs)
+    except (ValueError, IndexError) as error:
+        return describe(error, inputs)
+
+
 @settings(max_examples=150, deadline=None)
 @given(crossing_profiles(), st.booleans())
 def test_envelopes_of_long_profiles_take_the_documented_steps(profiles, lowest):
-    first, second = profiles
-    inputs = [(f"first[{i}]", o) for i, o in enumerate(first)] + [(f"second[{i}]", o) for i, o in enumerate(second)]
-
-    def envelope(cls):
-        try:
-            return describe(cls.get_lowest_or_highest_profile_x(cls(first), cls(second), lowest), inputs)
-        except (ValueError, IndexError) as error:
-            return describe(error, inputs)
-
-    assert envelope(Polyline) == envelope(Steps)
+    assert envelope(Polyline, *profiles, lowest) == envelope(Steps, *profiles, lowest)
 
 
 @pytest.mark.parametrize("n, seed", [(50, 0), (200, 60), (200, 136), (400, 79)])
@@ -128,15 +128,7 @@ def test_envelopes_of_random_profiles_fail_where_the_steps_fail(n, seed):
     rng = random.Random(seed)
     first, second = ([Point(x, rng.uniform(0, 10)) for x in sorted(rng.uniform(0, 1000) for _ in range(n))]
                      for _ in range(2))
-    inputs = [(f"first[{i}]", o) for i, o in enumerate(first)] + [(f"second[{i}]", o) for i, o in enumerate(second)]
-
-    def envelope(cls):
-        try:
-            return describe(cls.get_lowest_or_highest_profile_x(cls(first), cls(second), True), inputs)
-        except (ValueError, IndexError) as error:
-            return describe(error, inputs)
-
-    assert envelope(Polyline) == envelope(StepPolyline)
+    assert envelope(Polyline, first, second, True) == envelope(StepPolyline, first, second, True)
 
 
 def test_crossings_that_differ_from_either_side_raise_in_the_walk_over_pairs():
