@@ -120,6 +120,47 @@ def test_is_simple_matches_the_documented_steps_on_any_ring(coordinates):
         outcome(lambda: steps.check_duplicate_points(points))
 
 
+def long_ring(shape, n, seed, disturbance):
+    """Rings of more than 32 corners, where the simplicity check sweeps instead of pairing
+    edges band by band: stars, packed spikes, hairpins and combs whose gaps close to nothing,
+    each with one corner moved onto, next to or across another edge, or made the end of a
+    nearly vertical edge."""
+    import random
+    rng = random.Random(seed)
+    if shape == "star":
+        angles = sorted(rng.uniform(0, 2 * math.pi) for _ in range(n))
+        xy = [(r * math.cos(a), r * math.sin(a)) for a in angles for r in [rng.uniform(0.3, 1.0)]]
+    elif shape == "spikes":
+        xy = [(r * math.cos(2 * math.pi * i / n), r * math.sin(2 * math.pi * i / n))
+              for i in range(n) for r in [5.0 if i % 2 else 10.0]]
+    elif shape == "hairpins":
+        gap = rng.choice([1e-3, 1e-9, 0.0])
+        xy = [c for i in range(n // 2) for c in [(0.0, 3 * i * gap), (10.0, 3 * i * gap + gap)]]
+        xy += [(10.0, -5.0), (0.0, -5.0)]
+    else:
+        gap = rng.choice([0.5, 1e-7, 1e-12, 0.0])
+        xy = [(0.0, -1.0), (2.0 * (n // 4), -1.0)]
+        for k in reversed(range(n // 4)):
+            xy += [(2.0 * k + 2 - gap, 0.0), (2.0 * k + 2 - gap, 10.0), (2.0 * k + 0.5, 10.0), (2.0 * k + 0.5, 0.0)]
+    k, j = rng.randrange(len(xy)), rng.randrange(len(xy))
+    (ax, ay), (bx, by) = xy[j], xy[(j + 1) % len(xy)]
+    if disturbance == "steep":
+        xy[(k + 1) % len(xy)] = (xy[k][0] + rng.choice([1e-15, 1e-12, 1e-9]), xy[(k + 1) % len(xy)][1])
+    elif disturbance is not None:
+        xy[k] = (ax + disturbance * (bx - ax), ay + disturbance * (by - ay))
+    return [P(x, y) for x, y in xy]
+
+
+@settings(max_examples=150, deadline=None)
+@given(st.sampled_from(["star", "spikes", "hairpins", "comb"]), st.integers(33, 120), st.integers(0, 10**6),
+       st.sampled_from([None, None, None, "steep", 0.0, 0.5, 1e-12, -1e-9, 1.0 + 1e-9]))
+@example("spikes", 100, 0, None)  # steep neighbours meet at two points that differ
+@example("hairpins", 60, 2, None)
+def test_is_simple_of_long_rings_matches_the_documented_steps(shape, n, seed, disturbance):
+    points = long_ring(shape, n, seed, disturbance)
+    assert outcome(lambda: Polygon._is_simple(points)) == outcome(lambda: steps.is_simple(points))
+
+
 def P(x, y, z=0.0):
     return Point(x, y, z)
 

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <numeric>
 #include <utility>
 #include <vector>
 
 #include "curves/intersections_kernel.hpp"
+#include "surfaces/ring_sweep_kernel.hpp"
 
 namespace ostrel::kernel {
 
@@ -82,17 +84,53 @@ Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
     first = {i, j};
     first_raises = raises;
   };
+  auto verdict = [&] {
+    if (!first) return Simplicity::simple;
+    if (first_raises) throw value_error("");  // calculate_intersection_bounded_lines: the two answers differ
+    return Simplicity::not_simple;
+  };
   // Two edges are reported as meeting only where each holds (within the tolerances of
   // its bounds) one of two computed meeting points of their lines; those two share their
-  // x and differ in y by the rounding of the line functions, which grows with the slope.
-  // So only edges this close can be reported; other pairs are never asked.
-  double size = 0.0, steepest = 0.0;
+  // x and differ in y by the rounding of the two line functions, which grows with their
+  // slopes. So only edges this close can be reported, the reach of the steeper of the two;
+  // other pairs are never asked. (One steep edge widens only its own pairs.)
+  double size = 0.0;
   for (const Vec3& p : corners) size = std::max({size, std::fabs(p.x), std::fabs(p.y)});
-  for (const Segment& e : edges)
-    if (e.end.x != e.start.x) steepest = std::max(steepest, std::fabs((e.end.y - e.start.y) / (e.end.x - e.start.x)));
   const double tolerance = std::max(t.module.abs, t.abs.abs) + std::max({t.module.rel, t.abs.rel, 1e-9}) * size;
-  const double reach = 4.0 * tolerance + 0x1p-40 * (1.0 + steepest) * size + 1e-300;
-  if (!std::isfinite(reach)) return Simplicity::undecided;
+  std::vector<double> reach(n);
+  for (size_t k = 0; k < n; ++k) {
+    const Segment& e = edges[k];
+    const double slope = e.end.x != e.start.x ? std::fabs((e.end.y - e.start.y) / (e.end.x - e.start.x)) : 0.0;
+    reach[k] = 4.0 * tolerance + 0x1p-40 * (1.0 + slope) * size + 1e-300;
+    if (!std::isfinite(reach[k])) return Simplicity::undecided;
+  }
+  // In a ring whose edges the sweeps prove not to cross, the pairs that may meet are the
+  // neighbours in the ring (they share a corner; two steep ones can still give two meeting
+  // points that differ) and the close pairs the sweeps find. They look beside each corner
+  // within twice the reach of all but the widest edges (a pair within reach d has an edge
+  // that passes within d * sqrt(2) of a corner on a line through it); those few, steep
+  // edges are held against every edge.
+  auto may_meet = [&](size_t i, size_t j) { return within(edges[i], edges[j], std::max(reach[i], reach[j])); };
+  constexpr size_t widest = 16;
+  if (n > 2 * widest) {
+    std::vector<double> ranked = reach;
+    std::nth_element(ranked.begin(), ranked.begin() + widest, ranked.end(), std::greater<>());
+    const double common = ranked[widest];
+    if (auto pairs = close_pairs(corners, 2.0 * common, may_meet)) {
+      for (size_t w = 0; w < n; ++w) {
+        if (!(reach[w] > common)) continue;
+        for (size_t j = 0; j < n; ++j)
+          if (j != w && j != (w + 1) % n && w != (j + 1) % n && may_meet(w, j)) pairs->emplace_back(w, j);
+      }
+      for (size_t k = 0; k < n; ++k) pairs->emplace_back(k, (k + 1) % n);
+      try {
+        for (const auto& [i, j] : *pairs) judge(std::min(i, j), std::max(i, j)), judge(std::max(i, j), std::min(i, j));
+      } catch (const ArithmeticFault&) {
+        return Simplicity::undecided;
+      }
+      return verdict();
+    }
+  }
   // The pairs whose boxes touch (the first test of a meeting) are found band by band:
   // each edge is listed in the horizontal bands its y extent crosses, and a sweep over x
   // within a band meets each pair in the lowest band the two share.
@@ -121,7 +159,7 @@ Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
         for (size_t m = k + 1; m < list.size() && low_x[list[m]] <= high_x[i]; ++m) {
           const size_t j = list[m];
           if (low_y[j] > high_y[i] || high_y[j] < low_y[i] || band(std::max(low_y[i], low_y[j])) != b ||
-              !within(edges[i], edges[j], reach))
+              !may_meet(i, j))
             continue;
           judge(std::min(i, j), std::max(i, j));
           judge(std::max(i, j), std::min(i, j));
@@ -131,9 +169,7 @@ Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
   } catch (const ArithmeticFault&) {
     return Simplicity::undecided;
   }
-  if (!first) return Simplicity::simple;
-  if (first_raises) throw value_error("");  // calculate_intersection_bounded_lines: the two answers differ
-  return Simplicity::not_simple;
+  return verdict();
 }
 
 }  // namespace ostrel::kernel

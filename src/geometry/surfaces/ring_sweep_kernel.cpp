@@ -1,0 +1,223 @@
+#include "surfaces/ring_sweep_kernel.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <iterator>
+#include <map>
+#include <numeric>
+#include <set>
+#include <vector>
+
+// Why three searches find every close pair. The sweeps keep the edges that cross the sweep
+// line in their order along it and test every two edges that become next to each other:
+// the first crossing of two edges, in the order of the sweep, is always between two such
+// (so no crossing passes unseen). Two edges that do not cross are nearest at a corner p
+// of one of them; if the other comes within d of p, it crosses the vertical or the
+// horizontal line through p within d * sqrt(2) of p, or it ends within d * sqrt(2) of p.
+// The first is seen beside p in the order of the sweep along x, the second in the order
+// of the sweep along y (the same sweep with x and y swapped), the third among corners
+// close to each other. Every test of a crossing that rounding could tip counts as a doubt.
+
+namespace ostrel::kernel {
+
+namespace {
+
+struct Plan {
+  double x, y;
+};
+
+// The order of the sweep: by x, then by y (as if the sweep line were tilted a little).
+bool before(Plan a, Plan b) { return a.x < b.x || (a.x == b.x && a.y < b.y); }
+
+enum class Side { right, left, unsure };
+
+// Which side of the line p -> q holds r, unsure where the rounding of the differences and
+// products could have turned the sign (the error bound of the filtered orientation test,
+// with room to spare, and a floor for the products that underflow).
+Side side(Plan p, Plan q, Plan r) {
+  const double l = (q.x - p.x) * (r.y - p.y), m = (q.y - p.y) * (r.x - p.x);
+  const double det = l - m;
+  if (!(std::fabs(det) > 1e-15 * (std::fabs(l) + std::fabs(m)) + 1e-300)) return Side::unsure;
+  return det > 0 ? Side::left : Side::right;
+}
+
+using Close = std::function<bool(size_t, size_t)>;
+using Pairs = std::vector<std::pair<size_t, size_t>>;
+
+class Sweep {
+ public:
+  Sweep(std::span<const Plan> at, double window, const Close& close, Pairs& pairs)
+      : at_(at), n_(static_cast<uint32_t>(at.size())), window_(window), close_(close), pairs_(pairs),
+        status_(Below{this}) {}
+
+  // The sweep over all corners; false at the first doubt.
+  bool run() {
+    std::vector<uint32_t> events(n_);
+    std::iota(events.begin(), events.end(), 0u);
+    std::sort(events.begin(), events.end(), [&](uint32_t a, uint32_t b) { return before(at_[a], at_[b]); });
+    place_.resize(n_);
+    for (uint32_t k : events) {
+      const uint32_t incident[2] = {previous(k), k};
+      // Edges that end at the corner leave before those that start there come in, so two
+      // edges in the order never share a corner where one ends.
+      for (uint32_t e : incident)
+        if (ends_at(e, k) && !remove(e)) return false;
+      for (uint32_t e : incident)
+        if (!ends_at(e, k) && !insert(e)) return false;
+      collect_beside(k);
+    }
+    return true;
+  }
+
+ private:
+  struct Probe {
+    Plan point;
+  };
+
+  // Edge a below edge b where the sweep line crosses both: the one that starts later
+  // against the line of the other, the other ends where they start at one corner.
+  struct Below {
+    using is_transparent = void;
+    Sweep* sweep;
+    bool operator()(uint32_t a, uint32_t b) const { return sweep->below(a, b); }
+    bool operator()(uint32_t a, Probe p) const { return side(sweep->left(a), sweep->right(a), p.point) == Side::left; }
+    bool operator()(Probe p, uint32_t a) const {
+      return side(sweep->left(a), sweep->right(a), p.point) == Side::right;
+    }
+  };
+  using Status = std::set<uint32_t, Below>;
+
+  uint32_t next(uint32_t k) const { return k + 1 == n_ ? 0 : k + 1; }
+  uint32_t previous(uint32_t k) const { return k == 0 ? n_ - 1 : k - 1; }
+  bool neighbours(uint32_t a, uint32_t b) const { return next(a) == b || next(b) == a; }
+  Plan left(uint32_t e) const { return before(at_[next(e)], at_[e]) ? at_[next(e)] : at_[e]; }
+  Plan right(uint32_t e) const { return before(at_[next(e)], at_[e]) ? at_[e] : at_[next(e)]; }
+  // Edge e, one of the two at corner k, ends there: its other corner comes first.
+  bool ends_at(uint32_t e, uint32_t k) const { return before(at_[e == k ? next(k) : e], at_[k]); }
+
+  Side settled(Side s) {
+    if (s == Side::unsure) doubt_ = true;
+    return s;
+  }
+
+  bool below(uint32_t a, uint32_t b) {
+    if (a == b) return false;
+    const Plan a0 = left(a), b0 = left(b);
+    if (before(b0, a0)) return settled(side(b0, right(b), a0)) == Side::right;
+    if (before(a0, b0)) return settled(side(a0, right(a), b0)) == Side::left;
+    return settled(side(a0, right(a), right(b))) == Side::left;
+  }
+
+  // Whether two edges are certainly apart, but for the corner that ring neighbours share.
+  bool apart(uint32_t a, uint32_t b) const {
+    if (next(a) == b) return fold_free(at_[a], at_[b], at_[next(b)]);
+    if (next(b) == a) return fold_free(at_[b], at_[a], at_[next(a)]);
+    const Plan a0 = at_[a], a1 = at_[next(a)], b0 = at_[b], b1 = at_[next(b)];
+    const Side s1 = side(a0, a1, b0), s2 = side(a0, a1, b1);
+    if (s1 == Side::unsure || s2 == Side::unsure) return false;
+    if (s1 == s2) return true;
+    const Side s3 = side(b0, b1, a0), s4 = side(b0, b1, a1);
+    return s3 != Side::unsure && s4 != Side::unsure && s3 == s4;
+  }
+
+  // Edges p -> c and c -> q meet beyond c only when they fold onto one line.
+  static bool fold_free(Plan p, Plan c, Plan q) {
+    return side(p, c, q) != Side::unsure || (p.x - c.x) * (q.x - c.x) + (p.y - c.y) * (q.y - c.y) < 0;
+  }
+
+  bool insert(uint32_t e) {
+    const auto [it, fresh] = status_.insert(e);
+    if (doubt_ || !fresh) return false;
+    place_[e] = it;
+    if (it != status_.begin() && !apart(*std::prev(it), e)) return false;
+    return std::next(it) == status_.end() || apart(e, *std::next(it));
+  }
+
+  bool remove(uint32_t e) {
+    const auto it = place_[e];
+    const auto up = std::next(it);
+    if (it != status_.begin() && up != status_.end() && !apart(*std::prev(it), *up)) return false;
+    status_.erase(it);
+    return true;
+  }
+
+  // How far edge e passes above or below corner p on the sweep line through p.
+  double gap(uint32_t e, Plan p) const {
+    const Plan l = left(e), r = right(e);
+    if (l.x == r.x) return std::max({0.0, l.y - p.y, p.y - r.y});
+    const double t = std::clamp((p.x - l.x) / (r.x - l.x), 0.0, 1.0);
+    return std::fabs(l.y + t * (r.y - l.y) - p.y);
+  }
+
+  // The pairs of the two edges at corner k with the edges that cross the sweep line within
+  // the window of it, which `close` accepts: the edges in order beside the corner, walked
+  // outward until one passes beyond the window.
+  void collect_beside(uint32_t k) {
+    const Plan p = at_[k];
+    auto collect = [&](uint32_t e) {
+      for (uint32_t own : {previous(k), k})
+        if (own != e && !neighbours(own, e) && close_(own, e)) pairs_.emplace_back(own, e);
+    };
+    const auto start = status_.lower_bound(Probe{p});
+    for (auto it = start; it != status_.end() && gap(*it, p) <= window_; ++it) collect(*it);
+    for (auto it = start; it != status_.begin();) {
+      --it;
+      if (!(gap(*it, p) <= window_)) break;
+      collect(*it);
+    }
+  }
+
+  std::span<const Plan> at_;
+  uint32_t n_;
+  double window_;
+  const Close& close_;
+  Pairs& pairs_;
+  Status status_;
+  std::vector<Status::iterator> place_;
+  bool doubt_ = false;
+};
+
+// The pairs of edges at two corners within the window (each way) of each other that
+// `close` accepts, found with the corners sorted by x and those within the window's width
+// kept by y.
+void collect_near_corners(std::span<const Plan> at, double window, const Close& close, Pairs& pairs) {
+  const auto n = static_cast<uint32_t>(at.size());
+  auto next = [n](uint32_t k) { return k + 1 == n ? 0 : k + 1; };
+  auto collect = [&](uint32_t p, uint32_t q) {
+    for (uint32_t a : {p == 0 ? n - 1 : p - 1, p})
+      for (uint32_t c : {q == 0 ? n - 1 : q - 1, q})
+        if (a != c && next(a) != c && next(c) != a && close(a, c)) pairs.emplace_back(a, c);
+  };
+  std::vector<uint32_t> order(n);
+  std::iota(order.begin(), order.end(), 0u);
+  std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) { return at[a].x < at[b].x; });
+  std::multimap<double, uint32_t> by_y;
+  std::vector<std::multimap<double, uint32_t>::iterator> kept(n);
+  size_t oldest = 0;
+  for (uint32_t p : order) {
+    for (; at[order[oldest]].x < at[p].x - window; ++oldest) by_y.erase(kept[order[oldest]]);
+    for (auto it = by_y.lower_bound(at[p].y - window); it != by_y.end() && it->first <= at[p].y + window; ++it)
+      collect(p, it->second);
+    kept[p] = by_y.emplace(at[p].y, p);
+  }
+}
+
+}  // namespace
+
+std::optional<Pairs> close_pairs(std::span<const Vec3> corners, double window, const Close& close) {
+  const size_t n = corners.size();
+  if (n < 4 || n >= UINT32_MAX || !std::isfinite(window)) return std::nullopt;
+  std::vector<Plan> along_x(n), along_y(n);
+  for (size_t k = 0; k < n; ++k) {
+    if (!std::isfinite(corners[k].x) || !std::isfinite(corners[k].y)) return std::nullopt;
+    along_x[k] = {corners[k].x, corners[k].y};
+    along_y[k] = {corners[k].y, corners[k].x};
+  }
+  Pairs pairs;
+  collect_near_corners(along_x, window, close, pairs);
+  if (!Sweep(along_x, window, close, pairs).run() || !Sweep(along_y, window, close, pairs).run()) return std::nullopt;
+  return pairs;
+}
+
+}  // namespace ostrel::kernel
