@@ -161,6 +161,45 @@ def test_is_simple_of_long_rings_matches_the_documented_steps(shape, n, seed, di
     assert outcome(lambda: Polygon._is_simple(points)) == outcome(lambda: steps.is_simple(points))
 
 
+def bulge(a, b, depth, count=40):
+    """The corners of a gentle arc from a towards b (b left out): enough corners to sweep."""
+    (ax, ay), (bx, by) = a, b
+    return [(ax + (bx - ax) * t + depth * (by - ay) * math.sin(math.pi * t),
+             ay + (by - ay) * t + depth * (ax - bx) * math.sin(math.pi * t)) for t in (i / count for i in range(count))]
+
+
+def near_wall(gap, turns):
+    """A slot whose left wall has a bump reaching to `gap` (along x) of a steep right wall (slope
+    1000): the wall passes the bump's tip on the tip's horizontal line within the tolerance, but a
+    thousand times farther along its vertical line. Turned by quarter turns, the tip sits left or
+    right of, above or below the wall."""
+    xy = bulge((0, 0), (4, 0), 0.1) + [(4, 0), (4, 3), (2.002, 3), (2, 1), (1, 1), (1, 1.8), (2.001 - gap, 2),
+                                       (1, 2.2), (1, 3), (0, 3)]
+    for _ in range(turns):
+        xy = [(-y, x) for x, y in xy]
+    return xy
+
+
+def under_roof():
+    """A spike whose one edge is steep (slope near 1e9) under a roof 1e-6 above its tip: the
+    steep line's function rounds by more than that, so the two meeting points differ, farther
+    apart than the tolerance."""
+    x0, h, dx = 5.902574030194112, 1.0430926519674312e-06, 1.1e-08
+    return ([(i * x0 / 20, 0.0) for i in range(20)] + [(x0, 0.0), (x0 + dx, 10.0), (x0 + 1, 0.0)] +
+            [(x0 + 1 + (19 - x0) * i / 20, 0.0) for i in range(1, 21)] + [(20.0, 10.0 + h), (0.0, 10.0 + h)])
+
+
+@pytest.mark.parametrize("ring, simple", [(near_wall(gap, turns), gap > 3e-9) for gap in (1e-9, 4e-9)
+                                          for turns in range(4)] + [(under_roof(), "raises")])
+def test_long_rings_whose_edges_nearly_touch_away_from_their_corners(ring, simple):
+    """The simplicity check of a long ring finds a corner that nearly touches an edge on either
+    line through it, on either side, and pairs with a steep edge that rounding makes meet."""
+    points = [P(x, y) for x, y in ring]
+    expected = outcome(lambda: steps.is_simple(points))
+    assert outcome(lambda: Polygon._is_simple(points)) == expected
+    assert expected == ((ValueError, "") if simple == "raises" else simple)
+
+
 def P(x, y, z=0.0):
     return Point(x, y, z)
 

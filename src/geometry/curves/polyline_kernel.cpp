@@ -325,9 +325,19 @@ std::vector<Chain> Polylines::find_overlaps(const Chain& self, const Chain& othe
     overlap_polylines.push_back(std::move(points));
     overlap_lines.clear();
   };
-  const BoxTree others(boxes_of(other, t_));
-  for (const Box& mine : boxes_of(self, t_, own_from)) {
+  // Two pairs overlap only where their y ranges overlap too, unless the own pair is nearly
+  // horizontal (then the steps do not compare y): a profile with many corners at one x
+  // meets few of them.
+  auto with_y = [&](std::vector<Box> boxes, const Chain& c) {
+    for (Box& b : boxes) b.y_low = std::min(c[b.pair].at.y, c[b.pair + 1].at.y), b.y_high = std::max(c[b.pair].at.y, c[b.pair + 1].at.y);
+    return boxes;
+  };
+  const BoxTree others(with_y(boxes_of(other, t_), other));
+  for (Box mine : with_y(boxes_of(self, t_, own_from), self)) {
     const std::size_t own = mine.pair;
+    const Segment s = segment(self, own);
+    if (!is_vertical(s) && isclose(line_function(s).a, 0.0, t_.module))
+      mine.y_low = -std::numeric_limits<double>::infinity(), mine.y_high = std::numeric_limits<double>::infinity();
     local.clear();
     others.meeting(mine, [&](std::size_t theirs) {
       const Overlap o = find_overlap(segment(self, own), segment(other, theirs), false, t_);
