@@ -171,10 +171,12 @@ def bulge(a, b, depth, count=40):
 def near_wall(gap, turns):
     """A slot whose left wall has a bump reaching to `gap` (along x) of a steep right wall (slope
     1000): the wall passes the bump's tip on the tip's horizontal line within the tolerance, but a
-    thousand times farther along its vertical line. Turned by quarter turns, the tip sits left or
-    right of, above or below the wall."""
+    thousand times farther along its vertical line. A zigzag side is steeper still, so the wall is
+    not among the few steepest edges that are held against every edge. Turned by quarter turns, the
+    tip sits left or right of, above or below the wall."""
     xy = bulge((0, 0), (4, 0), 0.1) + [(4, 0), (4, 3), (2.002, 3), (2, 1), (1, 1), (1, 1.8), (2.001 - gap, 2),
                                        (1, 2.2), (1, 3), (0, 3)]
+    xy += [(-1e-4 * (i % 2), 3 - 3 * i / 20) for i in range(1, 20)]  # steeper than the wall
     for _ in range(turns):
         xy = [(-y, x) for x, y in xy]
     return xy

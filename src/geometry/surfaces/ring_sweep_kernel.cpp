@@ -113,12 +113,14 @@ class Sweep {
   bool apart(uint32_t a, uint32_t b) const {
     if (next(a) == b) return fold_free(at_[a], at_[b], at_[next(b)]);
     if (next(b) == a) return fold_free(at_[b], at_[a], at_[next(a)]);
+    // Apart when one lies wholly on one side of the other's line; an end on or near the
+    // other's line (two edges of one straight run) leaves that line undecided.
+    auto one_side = [](Plan p, Plan q, Plan r, Plan s) {
+      const Side first = side(p, q, r);
+      return first != Side::unsure && first == side(p, q, s);
+    };
     const Plan a0 = at_[a], a1 = at_[next(a)], b0 = at_[b], b1 = at_[next(b)];
-    const Side s1 = side(a0, a1, b0), s2 = side(a0, a1, b1);
-    if (s1 == Side::unsure || s2 == Side::unsure) return false;
-    if (s1 == s2) return true;
-    const Side s3 = side(b0, b1, a0), s4 = side(b0, b1, a1);
-    return s3 != Side::unsure && s4 != Side::unsure && s3 == s4;
+    return one_side(a0, a1, b0, b1) || one_side(b0, b1, a0, a1);
   }
 
   // Edges p -> c and c -> q meet beyond c only when they fold onto one line.
