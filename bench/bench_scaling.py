@@ -119,6 +119,20 @@ def regular_star_case(n):
     return ours, None
 
 
+def crossing_star_case(n):
+    """A star with one corner pushed through the far side: its edges cross the star's."""
+    xy = star(n)
+    xy[n // 2] = (-2 * xy[n // 2][0], -2 * xy[n // 2][1])
+    corners = points(xy)
+
+    def ours():
+        try:
+            return Polygon(corners)
+        except ValueError as error:  # "Constructed polygon has self-intersecting lines, ..."
+            return error
+    return ours, None
+
+
 def intersections_case(n):
     rng = random.Random(7)
     first, second = random_profile(n, rng), random_profile(n, rng)
@@ -137,6 +151,13 @@ def vertical_case(n):
     line = Polyline([Point(0, i) for i in range(n)])
     column = shapely.LineString([(0, i) for i in range(n)])
     return lambda: line.intersections_with_polyline(line), lambda: column.intersection(column)
+
+
+def vertical_overlap_case(n):
+    """Two profiles along one vertical line, the second half a unit higher: one overlap."""
+    first = Polyline([Point(0, i) for i in range(n)])
+    second = Polyline([Point(0, i + 0.5) for i in range(n)])
+    return lambda: first.combine_with(second), None
 
 
 def envelope_case(n):
@@ -184,10 +205,12 @@ CASES = [
     ("Polygon circle: the same", "shapely area, centroid", polygon_case(circle)),
     ("Polygon, all but 3 corners on one side: the same", "shapely area, centroid", polygon_case(straight_side)),
     ("Polygon of a regular star: construction", None, regular_star_case),
+    ("Polygon of a star with a corner pushed through the far side, which raises", None, crossing_star_case),
     ("Ear clipping of a comb", "mapbox_earcut", clipping_case(comb)),
     ("Ear clipping of a star", "mapbox_earcut", clipping_case(star)),
     ("intersections_with_polyline, random profiles", "shapely intersection", intersections_case),
     ("intersections_with_polyline, one vertical line with itself", "shapely intersection", vertical_case),
+    ("combine_with of two profiles along one vertical line", None, vertical_overlap_case),
     ("Envelope of two profiles", None, envelope_case),
     ("Envelope of two random profiles, which raises", None, failing_envelope_case),
     ("OBJ reading (n faces)", "trimesh load_obj", obj_case),

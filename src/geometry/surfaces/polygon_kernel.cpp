@@ -108,17 +108,28 @@ Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
   // neighbours in the ring (they share a corner; two steep ones can still give two meeting
   // points that differ) and the close pairs the sweeps find. They look beside each corner
   // within twice the reach of all but the widest edges (a pair within reach d has an edge
-  // that passes within d * sqrt(2) of a corner on a line through it); those few, steep
-  // edges are held against every edge.
+  // that passes within d * sqrt(2) of a corner on a line through it). Held against every
+  // edge instead: those few, steep edges, and the edges of the crossings that stopped a
+  // sweep, which the next sweep leaves out (a ring that crosses itself a few times is
+  // decided in a few sweeps).
   auto may_meet = [&](size_t i, size_t j) { return within(edges[i], edges[j], std::max(reach[i], reach[j])); };
   constexpr size_t widest = 16;
   if (n > 2 * widest) {
     std::vector<double> ranked = reach;
     std::nth_element(ranked.begin(), ranked.begin() + widest, ranked.end(), std::greater<>());
     const double common = ranked[widest];
-    if (auto pairs = close_pairs(corners, 2.0 * common, may_meet)) {
+    std::vector<bool> held(n), left_out(n);
+    for (size_t k = 0; k < n; ++k) held[k] = reach[k] > common;
+    std::vector<size_t> stopped;
+    for (size_t rounds = 0; rounds < widest; ++rounds) {
+      auto pairs = close_pairs(corners, 2.0 * common, may_meet, left_out, stopped);
+      if (!pairs) {
+        if (stopped.empty()) break;
+        for (size_t e : stopped) held[e] = left_out[e] = true;
+        continue;
+      }
       for (size_t w = 0; w < n; ++w) {
-        if (!(reach[w] > common)) continue;
+        if (!held[w]) continue;
         for (size_t j = 0; j < n; ++j)
           if (j != w && j != (w + 1) % n && w != (j + 1) % n && may_meet(w, j)) pairs->emplace_back(w, j);
       }

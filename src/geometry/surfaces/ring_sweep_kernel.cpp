@@ -47,9 +47,10 @@ using Pairs = std::vector<std::pair<size_t, size_t>>;
 
 class Sweep {
  public:
-  Sweep(std::span<const Plan> at, double window, const Close& close, Pairs& pairs)
-      : at_(at), n_(static_cast<uint32_t>(at.size())), window_(window), close_(close), pairs_(pairs),
-        status_(Below{this}) {}
+  Sweep(std::span<const Plan> at, double window, const Close& close, const std::vector<bool>& left_out, Pairs& pairs,
+        std::vector<size_t>& stopped)
+      : at_(at), n_(static_cast<uint32_t>(at.size())), window_(window), close_(close), left_out_(left_out),
+        pairs_(pairs), stopped_(stopped), status_(Below{this}) {}
 
   // The sweep over all corners; false at the first doubt.
   bool run() {
@@ -62,9 +63,9 @@ class Sweep {
       // Edges that end at the corner leave before those that start there come in, so two
       // edges in the order never share a corner where one ends.
       for (uint32_t e : incident)
-        if (ends_at(e, k) && !remove(e)) return false;
+        if (!left_out_[e] && ends_at(e, k) && !remove(e)) return false;
       for (uint32_t e : incident)
-        if (!ends_at(e, k) && !insert(e)) return false;
+        if (!left_out_[e] && !ends_at(e, k) && !insert(e)) return false;
       collect_beside(k);
     }
     return true;
@@ -96,14 +97,13 @@ class Sweep {
   // Edge e, one of the two at corner k, ends there: its other corner comes first.
   bool ends_at(uint32_t e, uint32_t k) const { return before(at_[e == k ? next(k) : e], at_[k]); }
 
-  Side settled(Side s) {
-    if (s == Side::unsure) doubt_ = true;
-    return s;
-  }
-
   bool below(uint32_t a, uint32_t b) {
     if (a == b) return false;
     const Plan a0 = left(a), b0 = left(b);
+    auto settled = [&](Side s) {
+      if (s == Side::unsure) stopped_ = {a, b};
+      return s;
+    };
     if (before(b0, a0)) return settled(side(b0, right(b), a0)) == Side::right;
     if (before(a0, b0)) return settled(side(a0, right(a), b0)) == Side::left;
     return settled(side(a0, right(a), right(b))) == Side::left;
@@ -130,18 +130,28 @@ class Sweep {
 
   bool insert(uint32_t e) {
     const auto [it, fresh] = status_.insert(e);
-    if (doubt_ || !fresh) return false;
+    if (!stopped_.empty()) return false;
+    if (!fresh) {
+      stopped_ = {e};
+      return false;
+    }
     place_[e] = it;
-    if (it != status_.begin() && !apart(*std::prev(it), e)) return false;
-    return std::next(it) == status_.end() || apart(e, *std::next(it));
+    return (it == status_.begin() || apart_or_stop(*std::prev(it), e)) &&
+           (std::next(it) == status_.end() || apart_or_stop(e, *std::next(it)));
   }
 
   bool remove(uint32_t e) {
     const auto it = place_[e];
     const auto up = std::next(it);
-    if (it != status_.begin() && up != status_.end() && !apart(*std::prev(it), *up)) return false;
+    if (it != status_.begin() && up != status_.end() && !apart_or_stop(*std::prev(it), *up)) return false;
     status_.erase(it);
     return true;
+  }
+
+  bool apart_or_stop(uint32_t a, uint32_t b) {
+    if (apart(a, b)) return true;
+    stopped_ = {a, b};
+    return false;
   }
 
   // How far edge e passes above or below corner p on the sweep line through p.
@@ -159,7 +169,7 @@ class Sweep {
     const Plan p = at_[k];
     auto collect = [&](uint32_t e) {
       for (uint32_t own : {previous(k), k})
-        if (own != e && !neighbours(own, e) && close_(own, e)) pairs_.emplace_back(own, e);
+        if (!left_out_[own] && own != e && !neighbours(own, e) && close_(own, e)) pairs_.emplace_back(own, e);
     };
     const auto start = status_.lower_bound(Probe{p});
     for (auto it = start; it != status_.end() && gap(*it, p) <= window_; ++it) collect(*it);
@@ -174,10 +184,11 @@ class Sweep {
   uint32_t n_;
   double window_;
   const Close& close_;
+  const std::vector<bool>& left_out_;
   Pairs& pairs_;
+  std::vector<size_t>& stopped_;
   Status status_;
   std::vector<Status::iterator> place_;
-  bool doubt_ = false;
 };
 
 // The pairs of edges at two corners within the window (each way) of each other that
@@ -207,9 +218,11 @@ void collect_near_corners(std::span<const Plan> at, double window, const Close& 
 
 }  // namespace
 
-std::optional<Pairs> close_pairs(std::span<const Vec3> corners, double window, const Close& close) {
+std::optional<Pairs> close_pairs(std::span<const Vec3> corners, double window, const Close& close,
+                                 const std::vector<bool>& left_out, std::vector<size_t>& stopped) {
+  stopped.clear();
   const size_t n = corners.size();
-  if (n < 4 || n >= UINT32_MAX || !std::isfinite(window)) return std::nullopt;
+  if (n < 4 || n >= UINT32_MAX || !std::isfinite(window) || left_out.size() != n) return std::nullopt;
   std::vector<Plan> along_x(n), along_y(n);
   for (size_t k = 0; k < n; ++k) {
     if (!std::isfinite(corners[k].x) || !std::isfinite(corners[k].y)) return std::nullopt;
@@ -218,7 +231,9 @@ std::optional<Pairs> close_pairs(std::span<const Vec3> corners, double window, c
   }
   Pairs pairs;
   collect_near_corners(along_x, window, close, pairs);
-  if (!Sweep(along_x, window, close, pairs).run() || !Sweep(along_y, window, close, pairs).run()) return std::nullopt;
+  if (!Sweep(along_x, window, close, left_out, pairs, stopped).run() ||
+      !Sweep(along_y, window, close, left_out, pairs, stopped).run())
+    return std::nullopt;
   return pairs;
 }
 
