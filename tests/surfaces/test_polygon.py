@@ -182,13 +182,15 @@ def near_wall(gap, turns):
     return xy
 
 
-def under_roof():
-    """A spike whose one edge is steep (slope near 1e9) under a roof 1e-6 above its tip: the
-    steep line's function rounds by more than that, so the two meeting points differ, farther
-    apart than the tolerance."""
-    x0, h, dx = 5.902574030194112, 1.0430926519674312e-06, 1.1e-08
-    return ([(i * x0 / 20, 0.0) for i in range(20)] + [(x0, 0.0), (x0 + dx, 10.0), (x0 + 1, 0.0)] +
-            [(x0 + 1 + (19 - x0) * i / 20, 0.0) for i in range(1, 21)] + [(20.0, 10.0 + h), (0.0, 10.0 + h)])
+def under_roof(h=5e-7):
+    """A spike whose edges are steep (slopes 2**29 and more, exact line functions) under a roof
+    `h` above its tip, farther than the tolerance: the roof's meeting point with the steep line
+    extended, computed from the steep line's function, rounds into the edge, so the two meeting
+    points differ. The roof is the first edge, so the steps raise at that pair."""
+    tip = 1 + 2**-29
+    roof = lambda x: 10 + h - (x - tip) / 20  # noqa: E731
+    return ([(20.0, roof(20.0)), (0.0, roof(0.0)), (0.0, 0.0)] + [(i / 20, 0.0) for i in range(1, 21)] +
+            [(tip, 10.0), (1 + 2**-28, 9.0), (5.0, 0.5)] + [(5.0 + 15 * i / 20, 0.5) for i in range(1, 21)])
 
 
 @pytest.mark.parametrize("ring, simple", [(near_wall(gap, turns), gap > 3e-9) for gap in (1e-9, 4e-9)
