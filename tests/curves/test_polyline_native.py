@@ -82,6 +82,9 @@ points = st.lists(point, min_size=0, max_size=8)
 @given(points, points, point, value, st.booleans(), st.sampled_from([(1e-9, 1e-9), (1e-9, 0.0), (0.01, 0.3)]))
 @example([Point(0, 0), Point(1, 1), Point(2, 0)], [Point(0, 1), Point(1, 0), Point(2, 1)], Point(0.5, 0.5), 1.0,
          True, (1e-9, 1e-9))
+# Horizontal pairs whose heights differ by less than the tolerance overlap, though their y ranges do not.
+@example([Point(0.0, 0.0), Point(3.0, 0.0)], [Point(1.0, 1e-10), Point(2.0, 1e-10)], Point(0.5, 0.0), 1.0,
+         False, (1e-9, 1e-9))
 def test_native_paths_take_the_documented_steps(first, second, at, x, flag, tolerance):
     with pytest.MonkeyPatch.context() as patch:
         patch.setattr(geometry, "ISCLOSE_RTOL", tolerance[0])
