@@ -12,6 +12,7 @@
 #include "foundations/vector.hpp"
 #include "module/boundary.hpp"
 #include "module/globals.hpp"
+#include "module/instance.hpp"
 
 namespace ostrel {
 
@@ -305,6 +306,9 @@ Ref NativePolylines::point(const kernel::Node& n) {
 }
 
 Ref NativePolylines::list(const kernel::Chain& c) {
+  // The new points of a long result cannot form cycles; the collector, which would walk
+  // the growing heap again and again while they are made, waits till the end.
+  CollectorPause pause;
   Ref items = check(PyList_New(static_cast<Py_ssize_t>(c.size())));
   for (std::size_t i = 0; i < c.size(); ++i)
     PyList_SET_ITEM(items.get(), static_cast<Py_ssize_t>(i), point(c[i]).release());

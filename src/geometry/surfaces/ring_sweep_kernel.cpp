@@ -7,6 +7,7 @@
 #include <map>
 #include <numeric>
 #include <set>
+#include <utility>
 #include <vector>
 
 // Why three searches find every close pair. The sweeps keep the edges that cross the sweep
@@ -58,6 +59,11 @@ class Sweep {
     std::iota(events.begin(), events.end(), 0u);
     std::sort(events.begin(), events.end(), [&](uint32_t a, uint32_t b) { return before(at_[a], at_[b]); });
     place_.resize(n_);
+    ends_.resize(n_);
+    for (uint32_t e = 0; e < n_; ++e) {
+      const Plan a = at_[e], b = at_[next(e)];
+      ends_[e] = before(b, a) ? std::pair{b, a} : std::pair{a, b};
+    }
     for (uint32_t k : events) {
       const uint32_t incident[2] = {previous(k), k};
       // Edges that end at the corner leave before those that start there come in, so two
@@ -92,8 +98,8 @@ class Sweep {
   uint32_t next(uint32_t k) const { return k + 1 == n_ ? 0 : k + 1; }
   uint32_t previous(uint32_t k) const { return k == 0 ? n_ - 1 : k - 1; }
   bool neighbours(uint32_t a, uint32_t b) const { return next(a) == b || next(b) == a; }
-  Plan left(uint32_t e) const { return before(at_[next(e)], at_[e]) ? at_[next(e)] : at_[e]; }
-  Plan right(uint32_t e) const { return before(at_[next(e)], at_[e]) ? at_[e] : at_[next(e)]; }
+  Plan left(uint32_t e) const { return ends_[e].first; }
+  Plan right(uint32_t e) const { return ends_[e].second; }
   // Edge e, one of the two at corner k, ends there: its other corner comes first.
   bool ends_at(uint32_t e, uint32_t k) const { return before(at_[e == k ? next(k) : e], at_[k]); }
 
@@ -164,14 +170,18 @@ class Sweep {
 
   // The pairs of the two edges at corner k with the edges that cross the sweep line within
   // the window of it, which `close` accepts: the edges in order beside the corner, walked
-  // outward until one passes beyond the window.
+  // outward until one passes beyond the window. (Edges through the corner itself, its
+  // own, may stand on either side of where the walk starts.)
   void collect_beside(uint32_t k) {
     const Plan p = at_[k];
     auto collect = [&](uint32_t e) {
       for (uint32_t own : {previous(k), k})
         if (!left_out_[own] && own != e && !neighbours(own, e) && close_(own, e)) pairs_.emplace_back(own, e);
     };
-    const auto start = status_.lower_bound(Probe{p});
+    // An edge that starts at the corner stands at its place in the order already.
+    const uint32_t starting = !left_out_[k] && !ends_at(k, k) ? k : previous(k);
+    const bool placed = !left_out_[starting] && !ends_at(starting, k);
+    const auto start = placed ? place_[starting] : status_.lower_bound(Probe{p});
     for (auto it = start; it != status_.end() && gap(*it, p) <= window_; ++it) collect(*it);
     for (auto it = start; it != status_.begin();) {
       --it;
@@ -189,6 +199,7 @@ class Sweep {
   std::vector<size_t>& stopped_;
   Status status_;
   std::vector<Status::iterator> place_;
+  std::vector<std::pair<Plan, Plan>> ends_;  // each edge's ends in the order of the sweep
 };
 
 // The pairs of edges at two corners within the window (each way) of each other that
