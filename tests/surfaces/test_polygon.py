@@ -161,22 +161,24 @@ def test_is_simple_of_long_rings_matches_the_documented_steps(shape, n, seed, di
     assert outcome(lambda: Polygon._is_simple(points)) == outcome(lambda: steps.is_simple(points))
 
 
-def bulge(a, b, depth, count=40):
-    """The corners of a gentle arc from a towards b (b left out): enough corners to sweep."""
-    (ax, ay), (bx, by) = a, b
-    return [(ax + (bx - ax) * t + depth * (by - ay) * math.sin(math.pi * t),
-             ay + (by - ay) * t + depth * (ax - bx) * math.sin(math.pi * t)) for t in (i / count for i in range(count))]
+def teeth(start, step, across, count=60):
+    """Corners of a zigzag of `count` long, thin teeth: from `start`, each `step` farther on and
+    alternately `across` away. Edges as long as the shape is tall or wide make the simplicity
+    check sweep instead of pairing edges band by band."""
+    (x, y), (dx, dy), (ax, ay) = start, step, across
+    return [(x + i * dx + ax * (i % 2), y + i * dy + ay * (i % 2)) for i in range(count)]
 
 
 def near_wall(gap, turns):
     """A slot whose left wall has a bump reaching to `gap` (along x) of a steep right wall (slope
     1000): the wall passes the bump's tip on the tip's horizontal line within the tolerance, but a
-    thousand times farther along its vertical line. A zigzag side is steeper still, so the wall is
-    not among the few steepest edges that are held against every edge. Turned by quarter turns, the
-    tip sits left or right of, above or below the wall."""
-    xy = bulge((0, 0), (4, 0), 0.1) + [(4, 0), (4, 3), (2.002, 3), (2, 1), (1, 1), (1, 1.8), (2.001 - gap, 2),
-                                       (1, 2.2), (1, 3), (0, 3)]
-    xy += [(-1e-4 * (i % 2), 3 - 3 * i / 20) for i in range(1, 20)]  # steeper than the wall
+    thousand times farther along its vertical line. Tall teeth on the left are steeper still, so
+    the wall is not among the few steepest edges that are held against every edge; wide teeth
+    below do the same once the ring is turned. Turned by quarter turns, the tip sits left or right
+    of, above or below the wall."""
+    xy = [(4, 0), (4, 3), (2.002, 3), (2, 1), (1, 1), (1, 1.8), (2.001 - gap, 2), (1, 2.2), (1, 3), (0, 3)]
+    xy += teeth((-0.001, 0.1), (-0.001, 0), (0, 2.9)) + [(-0.1, -0.05)]
+    xy += teeth((0.1, -0.1), (0, -0.001), (3.8, 0))
     for _ in range(turns):
         xy = [(-y, x) for x, y in xy]
     return xy
@@ -189,8 +191,8 @@ def under_roof(h=5e-7):
     points differ. The roof is the first edge, so the steps raise at that pair."""
     tip = 1 + 2**-29
     roof = lambda x: 10 + h - (x - tip) / 20  # noqa: E731
-    return ([(20.0, roof(20.0)), (0.0, roof(0.0)), (0.0, 0.0)] + [(i / 20, 0.0) for i in range(1, 21)] +
-            [(tip, 10.0), (1 + 2**-28, 9.0), (5.0, 0.5)] + [(5.0 + 15 * i / 20, 0.5) for i in range(1, 21)])
+    return ([(20.0, roof(20.0)), (0.0, roof(0.0)), (0.0, 0.0), (1.0, 0.0), (tip, 10.0), (1 + 2**-28, 9.0)] +
+            teeth((1.1, 0.5), (0.1, 0), (0, 8.0)) + [(19.9, 0.5), (20.0, 0.5)])
 
 
 @pytest.mark.parametrize("ring, simple", [(near_wall(gap, turns), gap > 3e-9) for gap in (1e-9, 4e-9)

@@ -104,47 +104,11 @@ Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
     reach[k] = 4.0 * tolerance + 0x1p-40 * (1.0 + slope) * size + 1e-300;
     if (!std::isfinite(reach[k])) return Simplicity::undecided;
   }
-  // In a ring whose edges the sweeps prove not to cross, the pairs that may meet are the
-  // neighbours in the ring (they share a corner; two steep ones can still give two meeting
-  // points that differ) and the close pairs the sweeps find. They look beside each corner
-  // within twice the reach of all but the widest edges (a pair within reach d has an edge
-  // that passes within d * sqrt(2) of a corner on a line through it). Held against every
-  // edge instead: those few, steep edges, and the edges of the crossings that stopped a
-  // sweep, which the next sweep leaves out (a ring that crosses itself a few times is
-  // decided in a few sweeps).
   auto may_meet = [&](size_t i, size_t j) { return within(edges[i], edges[j], std::max(reach[i], reach[j])); };
-  constexpr size_t widest = 16;
-  if (n > 2 * widest) {
-    std::vector<double> ranked = reach;
-    std::nth_element(ranked.begin(), ranked.begin() + widest, ranked.end(), std::greater<>());
-    const double common = ranked[widest];
-    std::vector<bool> held(n), left_out(n);
-    for (size_t k = 0; k < n; ++k) held[k] = reach[k] > common;
-    std::vector<size_t> stopped;
-    for (size_t rounds = 0; rounds < widest; ++rounds) {
-      auto pairs = close_pairs(corners, 2.0 * common, may_meet, left_out, stopped);
-      if (!pairs) {
-        if (stopped.empty()) break;
-        for (size_t e : stopped) held[e] = left_out[e] = true;
-        continue;
-      }
-      for (size_t w = 0; w < n; ++w) {
-        if (!held[w]) continue;
-        for (size_t j = 0; j < n; ++j)
-          if (j != w && j != (w + 1) % n && w != (j + 1) % n && may_meet(w, j)) pairs->emplace_back(w, j);
-      }
-      for (size_t k = 0; k < n; ++k) pairs->emplace_back(k, (k + 1) % n);
-      try {
-        for (const auto& [i, j] : *pairs) judge(std::min(i, j), std::max(i, j)), judge(std::max(i, j), std::min(i, j));
-      } catch (const ArithmeticFault&) {
-        return Simplicity::undecided;
-      }
-      return verdict();
-    }
-  }
   // The pairs whose boxes touch (the first test of a meeting) are found band by band:
   // each edge is listed in the horizontal bands its y extent crosses, and a sweep over x
-  // within a band meets each pair in the lowest band the two share.
+  // within a band meets each pair in the lowest band the two share. false where more than
+  // `budget` pairs came up.
   std::vector<double> low_x(n), high_x(n), low_y(n), high_y(n);
   double bottom = INFINITY, top = -INFINITY;
   for (size_t k = 0; k < n; ++k) {
@@ -158,16 +122,22 @@ Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
     if (!(height > 0.0)) return size_t{0};
     return std::min(bands - 1, static_cast<size_t>(std::max(0.0, (y - bottom) / height)));
   };
-  std::vector<std::vector<uint32_t>> in_band(bands);
-  for (uint32_t k = 0; k < n; ++k)
-    for (size_t b = band(low_y[k]), last = band(high_y[k]); b <= last; ++b) in_band[b].push_back(k);
-  try {
+  size_t listed = 0;
+  for (size_t k = 0; k < n; ++k) listed += band(high_y[k]) - band(low_y[k]) + 1;
+  std::vector<std::vector<uint32_t>> in_band;
+  auto band_by_band = [&](size_t budget) {
+    if (in_band.empty()) {
+      in_band.resize(bands);
+      for (uint32_t k = 0; k < n; ++k)
+        for (size_t b = band(low_y[k]), last = band(high_y[k]); b <= last; ++b) in_band[b].push_back(k);
+    }
     for (size_t b = 0; b < bands; ++b) {
       std::vector<uint32_t>& list = in_band[b];
       std::sort(list.begin(), list.end(), [&](uint32_t p, uint32_t q) { return low_x[p] < low_x[q]; });
       for (size_t k = 0; k < list.size(); ++k) {
         const size_t i = list[k];
         for (size_t m = k + 1; m < list.size() && low_x[list[m]] <= high_x[i]; ++m) {
+          if (budget-- == 0) return false;
           const size_t j = list[m];
           if (low_y[j] > high_y[i] || high_y[j] < low_y[i] || band(std::max(low_y[i], low_y[j])) != b ||
               !may_meet(i, j))
@@ -177,6 +147,51 @@ Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
         }
       }
     }
+    return true;
+  };
+  // In a ring whose edges the sweeps prove not to cross, the pairs that may meet are the
+  // neighbours in the ring (they share a corner; two steep ones can still give two meeting
+  // points that differ) and the close pairs the sweeps find. They look beside each corner
+  // within twice the reach of all but the widest edges (a pair within reach d has an edge
+  // that passes within d * sqrt(2) of a corner on a line through it). Held against every
+  // edge instead: those few, steep edges, and the edges of the crossings that stopped a
+  // sweep, which the next sweep leaves out (a ring that crosses itself a few times is
+  // decided in a few sweeps). false where the sweeps stay in doubt.
+  constexpr size_t widest = 16;
+  auto by_sweeps = [&] {
+    if (n <= 2 * widest) return false;
+    std::vector<double> ranked = reach;
+    std::nth_element(ranked.begin(), ranked.begin() + widest, ranked.end(), std::greater<>());
+    const double common = ranked[widest];
+    std::vector<bool> held(n), left_out(n);
+    for (size_t k = 0; k < n; ++k) held[k] = reach[k] > common;
+    std::vector<size_t> stopped;
+    for (size_t rounds = 0; rounds < widest; ++rounds) {
+      auto pairs = close_pairs(corners, 2.0 * common, may_meet, left_out, stopped);
+      if (!pairs) {
+        if (stopped.empty()) return false;
+        for (size_t e : stopped) held[e] = left_out[e] = true;
+        continue;
+      }
+      for (size_t w = 0; w < n; ++w) {
+        if (!held[w]) continue;
+        for (size_t j = 0; j < n; ++j)
+          if (j != w && j != (w + 1) % n && w != (j + 1) % n && may_meet(w, j)) pairs->emplace_back(w, j);
+      }
+      for (size_t k = 0; k < n; ++k) pairs->emplace_back(k, (k + 1) % n);
+      for (const auto& [i, j] : *pairs) judge(std::min(i, j), std::max(i, j)), judge(std::max(i, j), std::min(i, j));
+      return true;
+    }
+    return false;
+  };
+  // Band by band while the edges are short and few pairs share a band (most rings), else
+  // the sweeps (long, thin edges side by side, as the spikes of a star, span many bands
+  // and share them with many others), and where the sweeps stay in doubt, band by band to
+  // the end. A pair judged twice decides the same; the first that decides in the order of
+  // the documented loop is kept.
+  try {
+    const bool tall = listed > 4 * n;
+    if ((tall || !band_by_band(32 * n)) && !by_sweeps()) band_by_band(SIZE_MAX);
   } catch (const ArithmeticFault&) {
     return Simplicity::undecided;
   }
