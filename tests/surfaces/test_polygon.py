@@ -196,11 +196,21 @@ def under_roof(h=5e-7):
             teeth((1.1, 0.5), (0.1, 0), (0, 8.0)) + [(19.9, 0.5), (20.0, 0.5)])
 
 
+def hidden_crossing():
+    """Two edges that cross far from any corner, kept apart in the order of both sweeps until
+    an edge between them ends: a notch from the left along x, a spike from below along y."""
+    return ([(0, 0), (10, 4), (10, 0), (0, 4), (0, 2.1), (3, 2), (0, 1.9), (-1, 1.9)] +
+            teeth((-1.05, 1.8), (-0.015, 0), (0, -5.7)) +
+            [(-1, -4), (4.9, -4), (5, 1), (5.1, -4), (6, -4), (6, 1.5), (0.3, 0.1)])
+
+
 @pytest.mark.parametrize("ring, simple", [(near_wall(gap, turns), gap > 3e-9) for gap in (1e-9, 4e-9)
-                                          for turns in range(4)] + [(under_roof(), "raises")])
+                                          for turns in range(4)] +
+                         [(under_roof(), "raises"), (hidden_crossing(), False)])
 def test_long_rings_whose_edges_nearly_touch_away_from_their_corners(ring, simple):
     """The simplicity check of a long ring finds a corner that nearly touches an edge on either
-    line through it, on either side, and pairs with a steep edge that rounding makes meet."""
+    line through it, on either side, pairs with a steep edge that rounding makes meet, and a
+    crossing that shows only when an edge between the two ends."""
     points = [P(x, y) for x, y in ring]
     expected = outcome(lambda: steps.is_simple(points))
     assert outcome(lambda: Polygon._is_simple(points)) == expected
