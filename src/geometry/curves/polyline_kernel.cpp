@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 namespace ostrel::kernel {
 
@@ -329,7 +330,7 @@ std::vector<Chain> Polylines::find_overlaps(const Chain& self, const Chain& othe
   // horizontal (then the steps do not compare y): a profile with many corners at one x
   // meets few of them.
   auto with_y = [&](std::vector<Box> boxes, const Chain& c) {
-    for (Box& b : boxes) b.y_low = std::min(c[b.pair].at.y, c[b.pair + 1].at.y), b.y_high = std::max(c[b.pair].at.y, c[b.pair + 1].at.y);
+    for (Box& b : boxes) std::tie(b.y_low, b.y_high) = std::minmax(c[b.pair].at.y, c[b.pair + 1].at.y);
     return boxes;
   };
   const BoxTree others(with_y(boxes_of(other, t_), other));
