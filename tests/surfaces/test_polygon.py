@@ -310,3 +310,32 @@ def test_a_clipping_is_made_anew_when_the_tolerances_change(monkeypatch):
     monkeypatch.setattr(geometry, "ISCLOSE_RTOL", 0.0)
     monkeypatch.setattr(geometry, "ISCLOSE_ATOL", 0.0)
     assert clipping(native) == clipping(documented) != before
+
+
+def spike_to_the_closing_edge(direction, length, sine, side):
+    """A ring whose first candidate ear closes with an edge of the given direction and length,
+    and whose corner q comes down to that edge: at 0.6 of its length, off it by an angle of the
+    given sine seen from the edge's start. The on-edge test compares unit vectors coordinate by
+    coordinate, so how far off q may be and still count depends on the edge's direction."""
+    ux, uy = math.cos(direction), math.sin(direction)
+    start, end = (length * ux, length * uy), (0.0, 0.0)  # the edge runs from p3 back to p1
+    back = (-ux, -uy)
+    normal = (back[1], -back[0])  # right of the edge: the side the rest of the ring lies on
+    t, offset = 0.6 * length, side * sine * 0.6 * length
+    q = (start[0] + t * back[0] + offset * normal[0], start[1] + t * back[1] + offset * normal[1])
+    tip = (0.5 * length * ux + 0.2 * length * uy, 0.5 * length * uy - 0.2 * length * ux)
+    far = 3.0 * length
+    x_of, y_of = start[0] + far * normal[0], start[1] + far * normal[1]
+    y_end = (end[0] + far * normal[0], end[1] + far * normal[1])
+    return [P(*tip), P(*start), P(x_of, y_of), P(*q), P(*y_end), P(*end)]
+
+
+@pytest.mark.parametrize("direction", [0.0, math.pi / 6, math.pi / 4, 2.0, -math.pi / 4])
+@pytest.mark.parametrize("length", [1.0, 3e4])
+def test_a_corner_beside_an_ear_counts_on_its_edge_as_the_unit_vectors_compare(direction, length):
+    polygon, documented = Polygon([P(0, 0), P(1, 0), P(0, 1)]), Documented([P(0, 0), P(1, 0), P(0, 1)])
+    for sine in (0.5e-9, 0.9e-9, 1.1e-9, 1.35e-9, 1.45e-9, 3e-9):
+        for side in (1, -1):
+            ring = spike_to_the_closing_edge(direction, length, sine, side)
+            polygon.points = documented.points = ring
+            assert corners(polygon._triangulate_by_earclipping()) == corners(documented._triangulate_by_earclipping())

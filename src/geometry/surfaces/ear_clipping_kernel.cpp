@@ -40,6 +40,10 @@ struct Box {
   void include(Vec3 p) {
     x0 = std::min(x0, p.x), y0 = std::min(y0, p.y), x1 = std::max(x1, p.x), y1 = std::max(y1, p.y);
   }
+  void include(const Box& b) {
+    x0 = std::min(x0, b.x0), y0 = std::min(y0, b.y0), x1 = std::max(x1, b.x1), y1 = std::max(y1, b.y1);
+  }
+  bool operator==(const Box&) const = default;
 };
 
 // The least and greatest value that the float expression a * (x - cx) + b * (y - cy)
@@ -62,7 +66,7 @@ Range linear_range(double a, double b, Vec3 c, const Box& box) {
 // region, and a clipped point costs nothing more.
 class PointTree {
  public:
-  explicit PointTree(std::span<const Vec3> points) : points_(points), leaf_of_(points.size()) {
+  explicit PointTree(std::span<const Vec3> points) : points_(points), leaf_of_(points.size()), removed_(points.size()) {
     order_.resize(points.size());
     for (uint32_t i = 0; i < points.size(); ++i) order_[i] = i;
     if (points.empty()) return;
@@ -70,14 +74,38 @@ class PointTree {
     build(0, 0, static_cast<uint32_t>(points.size()), kNone);
   }
 
+  // Takes the point out of the counts, and shrinks the boxes above it to the points left:
+  // a box that keeps the area of points long clipped would send later searches into it.
   void remove(uint32_t point) {
-    for (uint32_t k = leaf_of_[point]; k != kNone; k = nodes_[k].parent) --nodes_[k].alive;
+    removed_[point] = true;
+    bool shrinking = true;
+    for (uint32_t k = leaf_of_[point]; k != kNone; k = nodes_[k].parent) {
+      Node& node = nodes_[k];
+      if (--node.alive == 0 || !shrinking) continue;
+      const Box before = node.box;
+      if (node.left == kNone) {
+        bool first = true;
+        for (uint32_t i = node.begin; i < node.end; ++i) {
+          if (removed_[order_[i]]) continue;
+          if (first) node.box = Box::around(points_[order_[i]]);
+          node.box.include(points_[order_[i]]);
+          first = false;
+        }
+      } else {
+        const Node &left = nodes_[node.left], &right = nodes_[node.left + 1];
+        node.box = left.alive == 0 ? right.box : left.box;
+        if (left.alive != 0 && right.alive != 0) node.box.include(right.box);
+      }
+      shrinking = !(node.box == before);
+    }
   }
 
-  // The first point, in the order of the search, that `accept` takes, among those in
-  // nodes whose box `may_hold` admits; `alive` tells whether a point is still in the ring.
-  template <typename MayHold, typename Alive, typename Accept>
-  std::optional<uint32_t> find(MayHold may_hold, Alive alive, Accept accept) const {
+  bool holds(uint32_t point) const { return !removed_[point]; }
+
+  // The first point left, in the order of the search, that `accept` takes, among those in
+  // nodes whose box `may_hold` admits.
+  template <typename MayHold, typename Accept>
+  std::optional<uint32_t> find(MayHold may_hold, Accept accept) const {
     if (nodes_.empty()) return std::nullopt;
     std::vector<uint32_t>& stack = stack_;  // kept between searches: one allocation for all
     stack.assign(1, 0);
@@ -87,7 +115,7 @@ class PointTree {
       if (node.alive == 0 || !may_hold(node.box)) continue;
       if (node.left == kNone) {
         for (uint32_t k = node.begin; k < node.end; ++k)
-          if (alive(order_[k]) && accept(order_[k])) return order_[k];
+          if (!removed_[order_[k]] && accept(order_[k])) return order_[k];
         continue;
       }
       stack.push_back(node.left + 1);
@@ -127,6 +155,7 @@ class PointTree {
 
   std::span<const Vec3> points_;
   std::vector<uint32_t> order_, leaf_of_;
+  std::vector<bool> removed_;
   std::vector<Node> nodes_;
   mutable std::vector<uint32_t> stack_;
 };
@@ -186,7 +215,6 @@ class Clipper {
         n_(points.size()),
         prev_(n_),
         next_(n_),
-        alive_(n_, true),
         status_(n_, Status::unknown),
         witness_(n_),
         watchers_(n_) {
@@ -269,8 +297,7 @@ class Clipper {
       return *on;
     };
     const Region region = region_of(p1, p2, p3, twice_area);
-    settle(v, tree_.find([&](const Box& box) { return region.may_hold(box); },
-                         [&](uint32_t q) { return static_cast<bool>(alive_[q]); }, blocks));
+    settle(v, tree_.find([&](const Box& box) { return region.may_hold(box); }, blocks));
   }
 
   // An ear, or blocked by a point: the corner is looked at again when that point is clipped.
@@ -306,11 +333,11 @@ class Clipper {
     settle(v, blocker);
   }
 
-  // Where the tests of one candidate can accept a point: strictly inside by the
-  // barycentric coordinates as Polygon._in_triangle rounds them (for a flat triangle a
-  // strip along its line, as long as the line), or on an edge: within the triangle grown
-  // by a margin that holds the tolerances of the on-edge test and the rounding of its
-  // steps. A box that can hold neither is passed over.
+  // Where the tests of one candidate can accept a point that coincides with none of its
+  // corners: strictly inside by the barycentric coordinates as Polygon._in_triangle rounds
+  // them (for a flat triangle a strip along its line, as long as the line), or on an edge:
+  // within the triangle grown by the longest edge times the spread of the on-edge test,
+  // and room for rounding. A box that can hold neither is passed over.
   struct Region {
     Vec3 p1, p2, p3;
     double denominator;     // as _in_triangle forms it; not positive: every box may hold one
@@ -329,6 +356,8 @@ class Clipper {
       if (apart(box, inside)) return false;
       const Range a = linear_range(p2.y - p3.y, p3.x - p2.x, p3, box);
       const Range b = linear_range(p3.y - p1.y, p1.x - p3.x, p3, box);
+      // The quotients' signs and whether they reach 1 show without dividing.
+      if (a.high <= 0 || b.high <= 0 || a.low >= denominator || b.low >= denominator) return false;
       const double alpha_low = a.low / denominator, alpha_high = a.high / denominator;
       const double beta_low = b.low / denominator, beta_high = b.high / denominator;
       if (alpha_high <= 0 || alpha_low >= 1 || beta_high <= 0 || beta_low >= 1) return false;
@@ -349,14 +378,11 @@ class Clipper {
 
   Region region_of(Vec3 p1, Vec3 p2, Vec3 p3, double twice_area) const {
     Region r{p1, p2, p3, twice_area + 1e-7, {}, {}};
-    // On an edge: within the edge's length times the line tolerance of the edge, or
-    // equal to an end; and room for the rounding of every step.
     const double longest = std::max({distance(p1, p2), distance(p2, p3), distance(p3, p1)});
-    const double spread = std::sqrt(3.0) * std::max(module_.rel, module_.abs);
     const double size = std::max({std::fabs(p1.x), std::fabs(p1.y), std::fabs(p2.x), std::fabs(p2.y),
                                   std::fabs(p3.x), std::fabs(p3.y)}) +
                         longest;
-    double margin = 2.0 * (longest * spread + module_.abs + module_.rel * size) + 1e-9 * size + 1e-300;
+    double margin = longest * on_edge_spread() + 1e-12 * size + 1e-300;
     if (!std::isfinite(margin)) margin = INFINITY;
     r.grown = Box::around(p1);
     r.grown.include(p2);
@@ -385,18 +411,27 @@ class Clipper {
 
   static double distance(Vec3 a, Vec3 b) { return std::sqrt((b.x - a.x) * (b.x - a.x) + (b.y - a.y) * (b.y - a.y)); }
 
-  // Whether p stands so far from the line through an edge that the on-edge test must
-  // say no: that test wants p at an end (each coordinate within the tolerance) or in the
-  // edge's direction as unit vectors compare, so within the edge's length times the
-  // tolerance of the line. Cheap, where the test itself normalises two vectors.
+  // How far apart, at most, two unit vectors in the plane can be while the on-edge test
+  // takes them as equal: each coordinate within the larger tolerance (the coordinates of
+  // a unit vector being at most 1), and room for their rounding. A point on an edge is
+  // no farther from the edge's line than the edge's length times this.
+  double on_edge_spread() const { return std::sqrt(2.0) * std::max(module_.rel, module_.abs) * 1.000001 + 1e-14; }
+
+  // Whether the on-edge test must say no for p, which coincides with neither end: that
+  // test wants p in the edge's direction as unit vectors compare, and nearer to the start
+  // than the end is. So p is clear behind the start (unit vectors that point apart differ
+  // by more than the spread while it is below 1), beyond the end, or off the edge's
+  // direction by an angle whose sine is more than the spread. Cheap, where the test itself
+  // normalises two vectors; only where the test's squares neither overflow nor vanish, as
+  // there it raises.
   bool clear_of(Vec3 start, Vec3 end, Vec3 p) const {
     const double dx = end.x - start.x, dy = end.y - start.y, vx = p.x - start.x, vy = p.y - start.y;
-    const double length = std::sqrt(dx * dx + dy * dy), reach_out = std::sqrt(vx * vx + vy * vy);
-    const double size = std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(start.x), std::fabs(start.y),
-                                  std::fabs(end.x), std::fabs(end.y)});
-    const double spread = std::sqrt(3.0) * std::max(module_.rel, module_.abs);
-    const double reach = 2.0 * (length * spread + module_.abs + module_.rel * size) + 1e-12 * (length + reach_out);
-    return std::fabs(dx * vy - dy * vx) > reach * length;
+    const double vv = vx * vx + vy * vy, dd = dx * dx + dy * dy;
+    if (!(vv >= 0x1p-960 && vv <= 0x1p1000 && dd >= 0x1p-960 && dd <= 0x1p1000)) return false;
+    const double spread = on_edge_spread();
+    if (spread < 1.0 && dx * vx + dy * vy < 0.0) return true;
+    if (vv > dd * (1.0 + 1e-9)) return true;
+    return std::fabs(dx * vy - dy * vx) > std::sqrt(dd) * std::sqrt(vv) * spread * (1.0 + 1e-9);
   }
 
   void clip(uint32_t v) {
@@ -406,7 +441,6 @@ class Clipper {
     orientation_.add(orientation_term(p_[a], p_[b]));
     next_[a] = b;
     prev_[b] = a;
-    alive_[v] = false;
     tree_.remove(v);
     if (head_ == v) head_ = b;
     --remaining_;
@@ -417,7 +451,7 @@ class Clipper {
       pending_.insert(u);
     }
     for (uint32_t w : watchers_[v]) {
-      if (alive_[w] && status_[w] == Status::blocked && witness_[w] == v) {
+      if (tree_.holds(w) && status_[w] == Status::blocked && witness_[w] == v) {
         status_[w] = Status::unknown;
         pending_.insert(w);
       }
@@ -431,7 +465,6 @@ class Clipper {
   PointTree tree_;
   size_t n_;
   std::vector<uint32_t> prev_, next_;
-  std::vector<bool> alive_;
   std::vector<Status> status_;
   std::vector<uint32_t> witness_;
   std::vector<std::vector<uint32_t>> watchers_;
