@@ -43,7 +43,6 @@ struct Box {
   void include(const Box& b) {
     x0 = std::min(x0, b.x0), y0 = std::min(y0, b.y0), x1 = std::max(x1, b.x1), y1 = std::max(y1, b.y1);
   }
-  bool operator==(const Box&) const = default;
 };
 
 // The least and greatest value that the float expression a * (x - cx) + b * (y - cy)
@@ -74,15 +73,16 @@ class PointTree {
     build(0, 0, static_cast<uint32_t>(points.size()), kNone);
   }
 
-  // Takes the point out of the counts, and shrinks the boxes above it to the points left:
-  // a box that keeps the area of points long clipped would send later searches into it.
+  // Takes the point out of the counts, and shrinks the boxes above it: a box that keeps
+  // the area of points long clipped would send later searches into it. The boxes of
+  // nodes of up to kShrinkAlways points shrink to what is left at every removal; larger
+  // ones each time their count halves, as shrinking them at every removal would cost a
+  // walk through their children, far apart in memory, all the way up.
   void remove(uint32_t point) {
     removed_[point] = true;
-    bool shrinking = true;
     for (uint32_t k = leaf_of_[point]; k != kNone; k = nodes_[k].parent) {
       Node& node = nodes_[k];
-      if (--node.alive == 0 || !shrinking) continue;
-      const Box before = node.box;
+      if (--node.alive == 0) continue;
       if (node.left == kNone) {
         bool first = true;
         for (uint32_t i = node.begin; i < node.end; ++i) {
@@ -91,12 +91,12 @@ class PointTree {
           node.box.include(points_[order_[i]]);
           first = false;
         }
-      } else {
+      } else if (node.end - node.begin <= kShrinkAlways || node.alive <= node.shrink_at) {
         const Node &left = nodes_[node.left], &right = nodes_[node.left + 1];
         node.box = left.alive == 0 ? right.box : left.box;
         if (left.alive != 0 && right.alive != 0) node.box.include(right.box);
+        node.shrink_at = node.alive / 2;
       }
-      shrinking = !(node.box == before);
     }
   }
 
@@ -127,16 +127,17 @@ class PointTree {
  private:
   static constexpr uint32_t kNone = UINT32_MAX;
   static constexpr uint32_t kLeafSize = 2;
+  static constexpr uint32_t kShrinkAlways = 64;
   struct Node {
     Box box;
-    uint32_t begin, end, parent, left, alive;
+    uint32_t begin, end, parent, left, alive, shrink_at;
   };
 
   // Fills node k with the points order_[begin, end) and makes its children, side by side.
   void build(uint32_t k, uint32_t begin, uint32_t end, uint32_t parent) {
     Box box = Box::around(points_[order_[begin]]);
     for (uint32_t i = begin; i < end; ++i) box.include(points_[order_[i]]);
-    nodes_[k] = {box, begin, end, parent, kNone, end - begin};
+    nodes_[k] = {box, begin, end, parent, kNone, end - begin, (end - begin) / 2};
     if (end - begin <= kLeafSize) {
       for (uint32_t i = begin; i < end; ++i) leaf_of_[order_[i]] = k;
       return;
