@@ -6,6 +6,7 @@
 #include <iterator>
 #include <map>
 #include <numeric>
+#include <optional>
 #include <set>
 #include <utility>
 #include <vector>
@@ -55,24 +56,35 @@ class Sweep {
 
   // The sweep over all corners; false at the first doubt.
   bool run() {
-    std::vector<uint32_t> events(n_);
-    std::iota(events.begin(), events.end(), 0u);
-    std::sort(events.begin(), events.end(), [&](uint32_t a, uint32_t b) { return before(at_[a], at_[b]); });
+    // Sorted with their coordinates beside them: the comparisons read no other memory.
+    struct Event {
+      Plan at;
+      uint32_t corner;
+    };
+    std::vector<Event> events(n_);
+    for (uint32_t k = 0; k < n_; ++k) events[k] = {at_[k], k};
+    std::sort(events.begin(), events.end(), [](const Event& a, const Event& b) {
+      return before(a.at, b.at) || (!before(b.at, a.at) && a.corner < b.corner);
+    });
     place_.resize(n_);
     ends_.resize(n_);
     for (uint32_t e = 0; e < n_; ++e) {
       const Plan a = at_[e], b = at_[next(e)];
       ends_[e] = before(b, a) ? std::pair{b, a} : std::pair{a, b};
     }
-    for (uint32_t k : events) {
+    for (const Event& event : events) {
+      const uint32_t k = event.corner;
       const uint32_t incident[2] = {previous(k), k};
       // Edges that end at the corner leave before those that start there come in, so two
-      // edges in the order never share a corner where one ends.
+      // edges in the order never share a corner where one ends. Where the last one left,
+      // the corner stands in the order; an edge that starts there goes in beside the
+      // other that starts there, if one went in already.
+      std::optional<Status::iterator> beside;
       for (uint32_t e : incident)
-        if (!left_out_[e] && ends_at(e, k) && !remove(e)) return false;
+        if (!left_out_[e] && ends_at(e, k) && !remove(e, beside)) return false;
       for (uint32_t e : incident)
-        if (!left_out_[e] && !ends_at(e, k) && !insert(e)) return false;
-      collect_beside(k);
+        if (!left_out_[e] && !ends_at(e, k) && !insert(e, beside)) return false;
+      collect_beside(k, beside);
     }
     return true;
   }
@@ -82,18 +94,23 @@ class Sweep {
     Plan point;
   };
 
+  // An edge in the order, with its ends in the order of the sweep, so that comparisons
+  // read them where the order keeps the edge.
+  struct Placed {
+    Plan left, right;
+    uint32_t edge;
+  };
+
   // Edge a below edge b where the sweep line crosses both: the one that starts later
   // against the line of the other, the other ends where they start at one corner.
   struct Below {
     using is_transparent = void;
     Sweep* sweep;
-    bool operator()(uint32_t a, uint32_t b) const { return sweep->below(a, b); }
-    bool operator()(uint32_t a, Probe p) const { return side(sweep->left(a), sweep->right(a), p.point) == Side::left; }
-    bool operator()(Probe p, uint32_t a) const {
-      return side(sweep->left(a), sweep->right(a), p.point) == Side::right;
-    }
+    bool operator()(const Placed& a, const Placed& b) const { return sweep->below(a, b); }
+    bool operator()(const Placed& a, Probe p) const { return side(a.left, a.right, p.point) == Side::left; }
+    bool operator()(Probe p, const Placed& a) const { return side(a.left, a.right, p.point) == Side::right; }
   };
-  using Status = std::set<uint32_t, Below>;
+  using Status = std::set<Placed, Below>;
 
   uint32_t next(uint32_t k) const { return k + 1 == n_ ? 0 : k + 1; }
   uint32_t previous(uint32_t k) const { return k == 0 ? n_ - 1 : k - 1; }
@@ -103,16 +120,15 @@ class Sweep {
   // Edge e, one of the two at corner k, ends there: its other corner comes first.
   bool ends_at(uint32_t e, uint32_t k) const { return before(at_[e == k ? next(k) : e], at_[k]); }
 
-  bool below(uint32_t a, uint32_t b) {
-    if (a == b) return false;
-    const Plan a0 = left(a), b0 = left(b);
+  bool below(const Placed& a, const Placed& b) {
+    if (a.edge == b.edge) return false;
     auto settled = [&](Side s) {
-      if (s == Side::unsure) stopped_ = {a, b};
+      if (s == Side::unsure) stopped_ = {a.edge, b.edge};
       return s;
     };
-    if (before(b0, a0)) return settled(side(b0, right(b), a0)) == Side::right;
-    if (before(a0, b0)) return settled(side(a0, right(a), b0)) == Side::left;
-    return settled(side(a0, right(a), right(b))) == Side::left;
+    if (before(b.left, a.left)) return settled(side(b.left, b.right, a.left)) == Side::right;
+    if (before(a.left, b.left)) return settled(side(a.left, a.right, b.left)) == Side::left;
+    return settled(side(a.left, a.right, b.right)) == Side::left;
   }
 
   // Whether two edges are certainly apart, but for the corner that ring neighbours share.
@@ -134,23 +150,27 @@ class Sweep {
     return side(p, c, q) != Side::unsure || (p.x - c.x) * (q.x - c.x) + (p.y - c.y) * (q.y - c.y) < 0;
   }
 
-  bool insert(uint32_t e) {
-    const auto [it, fresh] = status_.insert(e);
+  // Puts edge e in the order, searching from the top unless `beside` holds the place of
+  // an edge next to which it goes; `beside` then holds e's place.
+  bool insert(uint32_t e, std::optional<Status::iterator>& beside) {
+    const Placed placed{left(e), right(e), e};
+    const auto it = beside ? status_.insert(*beside, placed) : status_.insert(placed).first;
     if (!stopped_.empty()) return false;
-    if (!fresh) {
+    if (it->edge != e) {  // an edge the order cannot tell from e
       stopped_ = {e};
       return false;
     }
-    place_[e] = it;
-    return (it == status_.begin() || apart_or_stop(*std::prev(it), e)) &&
-           (std::next(it) == status_.end() || apart_or_stop(e, *std::next(it)));
+    place_[e] = beside.emplace(it);
+    return (it == status_.begin() || apart_or_stop(std::prev(it)->edge, e)) &&
+           (std::next(it) == status_.end() || apart_or_stop(e, std::next(it)->edge));
   }
 
-  bool remove(uint32_t e) {
+  // Takes edge e out of the order; `after` holds the place that follows it.
+  bool remove(uint32_t e, std::optional<Status::iterator>& after) {
     const auto it = place_[e];
     const auto up = std::next(it);
-    if (it != status_.begin() && up != status_.end() && !apart_or_stop(*std::prev(it), *up)) return false;
-    status_.erase(it);
+    if (it != status_.begin() && up != status_.end() && !apart_or_stop(std::prev(it)->edge, up->edge)) return false;
+    after = status_.erase(it);
     return true;
   }
 
@@ -160,9 +180,9 @@ class Sweep {
     return false;
   }
 
-  // How far edge e passes above or below corner p on the sweep line through p.
-  double gap(uint32_t e, Plan p) const {
-    const Plan l = left(e), r = right(e);
+  // How far an edge passes above or below corner p on the sweep line through p.
+  static double gap(const Placed& e, Plan p) {
+    const Plan l = e.left, r = e.right;
     if (l.x == r.x) return std::max({0.0, l.y - p.y, p.y - r.y});
     const double t = std::clamp((p.x - l.x) / (r.x - l.x), 0.0, 1.0);
     return std::fabs(l.y + t * (r.y - l.y) - p.y);
@@ -172,21 +192,20 @@ class Sweep {
   // the window of it, which `close` accepts: the edges in order beside the corner, walked
   // outward until one passes beyond the window. (Edges through the corner itself, its
   // own, may stand on either side of where the walk starts.)
-  void collect_beside(uint32_t k) {
+  void collect_beside(uint32_t k, std::optional<Status::iterator> place) {
     const Plan p = at_[k];
     auto collect = [&](uint32_t e) {
       for (uint32_t own : {previous(k), k})
         if (!left_out_[own] && own != e && !neighbours(own, e) && close_(own, e)) pairs_.emplace_back(own, e);
     };
-    // An edge that starts at the corner stands at its place in the order already.
-    const uint32_t starting = !left_out_[k] && !ends_at(k, k) ? k : previous(k);
-    const bool placed = !left_out_[starting] && !ends_at(starting, k);
-    const auto start = placed ? place_[starting] : status_.lower_bound(Probe{p});
-    for (auto it = start; it != status_.end() && gap(*it, p) <= window_; ++it) collect(*it);
+    // The place of an edge that starts at the corner, or of the edge above those that
+    // ended there; a search where the corner has no edge in the order.
+    const auto start = place ? *place : status_.lower_bound(Probe{p});
+    for (auto it = start; it != status_.end() && gap(*it, p) <= window_; ++it) collect(it->edge);
     for (auto it = start; it != status_.begin();) {
       --it;
       if (!(gap(*it, p) <= window_)) break;
-      collect(*it);
+      collect(it->edge);
     }
   }
 
