@@ -13,6 +13,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <memory>
 #include <optional>
 
 #include "curves/intersections.hpp"
@@ -101,38 +102,58 @@ std::optional<NativePolygon> read_polygon(PyObject* self) {
   return read_list(points.get());
 }
 
+// Per triangle in clipping order: area() and centroid, as Triangle computes them.
+struct Measured {
+  double area;
+  Vec3 centroid;
+};
+
+// A clipping and, once a measure asked for them, its triangles' areas and centroids
+// (nothing where a triangle's area must come from the documented steps).
+struct Clipping {
+  kernel::EarClipping result;
+  std::optional<std::optional<std::vector<Measured>>> measured;
+};
+
 // The last clipping, by the corners and the tolerance it was made of: the area, the
-// centroid and the second moments of one polygon each ask for the same clipping, and
-// its outcome depends on nothing else.
+// centroid and the second moments of one polygon each ask for the same clipping and the
+// same measures, and they depend on nothing else. Shared, so that a caller keeps what it
+// reads while another polygon's clipping takes its place.
 struct LastClipping {
   std::vector<Vec3> corners;
   kernel::Tolerance module{};
-  kernel::EarClipping result;
+  std::shared_ptr<Clipping> clipping;
 
   bool holds(const std::vector<Vec3>& ring, kernel::Tolerance tolerance) const {
     // Bit for bit, so that a signed zero or a changed tolerance counts as a change.
     auto same = [](const void* a, const void* b, size_t size) { return std::memcmp(a, b, size) == 0; };
-    return corners.size() == ring.size() && same(&module, &tolerance, sizeof module) &&
+    return clipping && corners.size() == ring.size() && same(&module, &tolerance, sizeof module) &&
            same(corners.data(), ring.data(), ring.size() * sizeof(Vec3));
   }
 };
 
-const kernel::EarClipping& clipping_of(const std::vector<Vec3>& ring, kernel::Tolerance module) {
+std::shared_ptr<Clipping> clipping_of(const std::vector<Vec3>& ring, kernel::Tolerance module) {
   static LastClipping last;
   if (!last.holds(ring, module)) {
-    last.corners.clear();  // a throw below must not leave a stale pair
-    last.result = kernel::clip_ears(ring, module);
+    last.clipping.reset();  // a throw below must not leave a stale pair
+    auto clipping = std::make_shared<Clipping>();
+    clipping->result = kernel::clip_ears(ring, module);
     last.module = module;
     last.corners = ring;
+    last.clipping = std::move(clipping);
   }
-  return last.result;
+  return last.clipping;
 }
 
 // The triangles of the clipping as corner triples, the corners held; nothing where the
 // documented steps must run; the ValueErrors of the clipping raised where they stand.
 struct Clipped {
   NativePolygon polygon;
-  std::vector<std::array<uint32_t, 3>> triangles;  // into polygon, turned counter-clockwise
+  std::shared_ptr<Clipping> clipping;  // its triangles index polygon, turned counter-clockwise
+  const std::vector<std::array<uint32_t, 3>>& triangles() const {
+    static const std::vector<std::array<uint32_t, 3>> none;
+    return clipping ? clipping->result.triangles : none;
+  }
 };
 std::optional<Clipped> clip(PyObject* self) {
   auto polygon = read_polygon(self);
@@ -148,8 +169,8 @@ std::optional<Clipped> clip(PyObject* self) {
   }
   Clipped clipped{std::move(*polygon), {}};
   if (clipped.polygon.corners.size() < 3) return clipped;
-  const kernel::EarClipping& result = clipping_of(clipped.polygon.corners, clipped.polygon.tolerances.module);
-  switch (result.outcome) {
+  clipped.clipping = clipping_of(clipped.polygon.corners, clipped.polygon.tolerances.module);
+  switch (clipped.clipping->result.outcome) {
     case kernel::EarClipping::Outcome::undecided:
       return std::nullopt;
     case kernel::EarClipping::Outcome::clockwise:
@@ -161,7 +182,6 @@ std::optional<Clipped> clip(PyObject* self) {
     case kernel::EarClipping::Outcome::done:
       break;
   }
-  clipped.triangles = result.triangles;
   return clipped;
 }
 
@@ -172,21 +192,26 @@ Corners corners_of(const Clipped& c, const std::array<uint32_t, 3>& t) {
   return {{c.polygon.corners[t[0]], c.polygon.corners[t[1]], c.polygon.corners[t[2]]}};
 }
 
-// Per triangle in clipping order: area() and centroid, as Triangle computes them.
-struct Measured {
-  double area;
-  Vec3 centroid;
-};
-std::optional<std::vector<Measured>> measure(const Clipped& c) {
-  std::vector<Measured> out;
-  out.reserve(c.triangles.size());
-  for (const auto& t : c.triangles) {
-    const Corners k = corners_of(c, t);
-    const auto area = kernel::triangle_area(k.v[0], k.v[1], k.v[2]);
-    if (!area) return std::nullopt;
-    out.push_back({*area, kernel::triangle_centroid(k.v[0], k.v[1], k.v[2])});
+// The measures of the clipping's triangles, made at the first call for a clipping.
+const std::optional<std::vector<Measured>>& measure(const Clipped& c) {
+  static const std::optional<std::vector<Measured>> no_triangles = std::vector<Measured>{};
+  if (!c.clipping) return no_triangles;
+  auto& measured = c.clipping->measured;
+  if (!measured) {
+    std::vector<Measured> out;
+    out.reserve(c.triangles().size());
+    for (const auto& t : c.triangles()) {
+      const Corners k = corners_of(c, t);
+      const auto area = kernel::triangle_area(k.v[0], k.v[1], k.v[2]);
+      if (!area) {
+        measured.emplace(std::nullopt);
+        return *measured;
+      }
+      out.push_back({*area, kernel::triangle_centroid(k.v[0], k.v[1], k.v[2])});
+    }
+    measured.emplace(std::move(out));
   }
-  return out;
+  return *measured;
 }
 
 // centroid: the area-weighted sums, each divided by the total area.
@@ -209,7 +234,7 @@ std::optional<Turns> base_turns(const Clipped& c) {
   Ref pi = getattr(global<"np">().get(), id<"pi">());
   if (!PyFloat_CheckExact(pi.get())) return std::nullopt;
   std::vector<double> xs, ys;
-  for (const auto& t : c.triangles) {
+  for (const auto& t : c.triangles()) {
     const kernel::PlanVector base = kernel::moment_base(c.polygon.corners[t[0]], c.polygon.corners[t[1]]);
     xs.push_back(base.x);
     ys.push_back(base.y);
@@ -260,7 +285,7 @@ Ref native_triangulation(PyObject* self) {
   // which would otherwise walk the growing list again and again, waits till the end.
   CollectorPause pause;
   Ref triangles = check(PyList_New(0));
-  for (const auto& t : clipped->triangles) {
+  for (const auto& t : clipped->triangles()) {
     const auto& o = clipped->polygon.objects;
     Ref profile = list({o[t[0]].get(), o[t[1]].get(), o[t[2]].get()});
     Ref rows[3];
@@ -280,7 +305,7 @@ Ref native_triangulation(PyObject* self) {
 Ref native_area(PyObject* self) {
   const auto clipped = clip(self);
   if (!clipped) return {};
-  const auto measured = measure(*clipped);
+  const auto& measured = measure(*clipped);
   if (!measured) return {};
   // The host's own sum of the areas, from the integer 0.
   Ref areas = check(PyList_New(static_cast<Py_ssize_t>(measured->size())));
@@ -292,7 +317,7 @@ Ref native_area(PyObject* self) {
 Ref native_centroid(PyObject* self) {
   const auto clipped = clip(self);
   if (!clipped) return {};
-  const auto measured = measure(*clipped);
+  const auto& measured = measure(*clipped);
   if (!measured) return {};
   const auto [x, y] = centroid_of(*measured);
   Ref cx = new_float(x), cy = new_float(y);
@@ -304,7 +329,7 @@ Ref native_moment_of_inertia(PyObject* self) {
   // for the centroid and once for the sum; both give the same triangles, so one serves.
   const auto clipped = clip(self);
   if (!clipped) return {};
-  const auto measured = measure(*clipped);
+  const auto& measured = measure(*clipped);
   if (!measured) return {};
   const auto [centre_x, centre_y] = centroid_of(*measured);
   const auto turns = base_turns(*clipped);
@@ -312,7 +337,7 @@ Ref native_moment_of_inertia(PyObject* self) {
   double x = 0.0, y = 0.0;
   for (size_t i = 0; i < measured->size(); ++i) {
     const Measured& m = (*measured)[i];
-    const Corners k = corners_of(*clipped, clipped->triangles[i]);
+    const Corners k = corners_of(*clipped, clipped->triangles()[i]);
     const auto own = kernel::triangle_moments(k.v[0], k.v[1], k.v[2], m.area, turns->cos[i], turns->sin[i]);
     if (!own) return {};
     x += kernel::square(m.centroid.y - centre_y) * m.area + own->x;
