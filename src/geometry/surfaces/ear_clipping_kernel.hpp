@@ -34,10 +34,12 @@ std::optional<bool> on_triangle(Vec3 p1, Vec3 p2, Vec3 p3, Vec3 p, Tolerance mod
 // corner after every clip and test every corner against every point; here each corner
 // keeps its state (reflex, blocked by a point, ear) until a clip changes its neighbours
 // or removes the point that blocked it; points are found through a tree of boxes that
-// counts the points left, entered only where a box can hold a point the tests accept
-// (bounds of the tests' own rounded values); the orientation of the remainder is kept as
-// a running sum, summed in list order only when its sign is in doubt. `degenerate_edge`: the steps make a Line of coinciding ends (the
-// neighbours of a candidate corner coincide). `undecided` leaves the case to the
+// counts the points left and shrinks to them, entered only where a box can hold a point
+// the tests accept (bounds of the in-triangle test's own rounded values, and of how far
+// from an edge the on-edge test's tolerance reaches); the orientation of the remainder
+// is kept as a running sum, summed in list order only when its sign is in doubt.
+// `degenerate_edge`: the steps make a Line of coinciding ends (the neighbours of a
+// candidate corner coincide). `undecided` leaves the case to the
 // documented steps: a zero denominator, coinciding neighbours along the ring, a value
 // beyond the finite range.
 struct EarClipping {
