@@ -1,10 +1,10 @@
 #include "surfaces/ear_clipping_kernel.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <optional>
-#include <set>
 #include <span>
 #include <vector>
 
@@ -66,11 +66,14 @@ Range linear_range(double a, double b, Vec3 c, const Box& box) {
 class PointTree {
  public:
   explicit PointTree(std::span<const Vec3> points) : points_(points), leaf_of_(points.size()), removed_(points.size()) {
-    order_.resize(points.size());
-    for (uint32_t i = 0; i < points.size(); ++i) order_[i] = i;
     if (points.empty()) return;
+    std::vector<Placed> placed(points.size());
+    for (uint32_t i = 0; i < points.size(); ++i) placed[i] = {points[i].x, points[i].y, i};
+    nodes_.reserve(2 * points.size());
     nodes_.push_back({});
-    build(0, 0, static_cast<uint32_t>(points.size()), kNone);
+    build(placed, 0, 0, static_cast<uint32_t>(points.size()), kNone);
+    order_.resize(points.size());
+    for (uint32_t i = 0; i < points.size(); ++i) order_[i] = placed[i].index;
   }
 
   // Takes the point out of the counts, and shrinks the boxes above it: a box that keeps
@@ -133,25 +136,42 @@ class PointTree {
     uint32_t begin, end, parent, left, alive, shrink_at;
   };
 
-  // Fills node k with the points order_[begin, end) and makes its children, side by side.
-  void build(uint32_t k, uint32_t begin, uint32_t end, uint32_t parent) {
-    Box box = Box::around(points_[order_[begin]]);
-    for (uint32_t i = begin; i < end; ++i) box.include(points_[order_[i]]);
-    nodes_[k] = {box, begin, end, parent, kNone, end - begin, (end - begin) / 2};
+  // A point with its coordinates beside it, so that the partitions read no other memory.
+  struct Placed {
+    double x, y;
+    uint32_t index;
+  };
+
+  // Fills node k with the points placed[begin, end) and makes its children, side by side;
+  // a node's box is its children's together.
+  void build(std::vector<Placed>& placed, uint32_t k, uint32_t begin, uint32_t end, uint32_t parent) {
+    nodes_[k] = {{}, begin, end, parent, kNone, end - begin, (end - begin) / 2};
     if (end - begin <= kLeafSize) {
-      for (uint32_t i = begin; i < end; ++i) leaf_of_[order_[i]] = k;
+      Box box = Box::around(points_[placed[begin].index]);
+      for (uint32_t i = begin; i < end; ++i) {
+        box.include(points_[placed[i].index]);
+        leaf_of_[placed[i].index] = k;
+      }
+      nodes_[k].box = box;
       return;
     }
-    const bool wide = box.x1 - box.x0 >= box.y1 - box.y0;
+    double x0 = placed[begin].x, x1 = x0, y0 = placed[begin].y, y1 = y0;
+    for (uint32_t i = begin; i < end; ++i) {
+      x0 = std::min(x0, placed[i].x), x1 = std::max(x1, placed[i].x);
+      y0 = std::min(y0, placed[i].y), y1 = std::max(y1, placed[i].y);
+    }
+    const bool wide = x1 - x0 >= y1 - y0;
     const uint32_t middle = begin + (end - begin) / 2;
-    std::nth_element(order_.begin() + begin, order_.begin() + middle, order_.begin() + end,
-                     [&](uint32_t a, uint32_t b) { return wide ? points_[a].x < points_[b].x : points_[a].y < points_[b].y; });
+    std::nth_element(placed.begin() + begin, placed.begin() + middle, placed.begin() + end,
+                     [wide](const Placed& a, const Placed& b) { return wide ? a.x < b.x : a.y < b.y; });
     const uint32_t left = static_cast<uint32_t>(nodes_.size());
     nodes_[k].left = left;
     nodes_.push_back({});
     nodes_.push_back({});
-    build(left, begin, middle, k);
-    build(left + 1, middle, end, k);
+    build(placed, left, begin, middle, k);
+    build(placed, left + 1, middle, end, k);
+    nodes_[k].box = nodes_[left].box;
+    nodes_[k].box.include(nodes_[left + 1].box);
   }
 
   std::span<const Vec3> points_;
@@ -159,6 +179,33 @@ class PointTree {
   std::vector<bool> removed_;
   std::vector<Node> nodes_;
   mutable std::vector<uint32_t> stack_;
+};
+
+// A set of corner indices below a fixed bound that gives its least member quickly: one bit
+// a corner, and one bit a word of those that says whether the word holds any.
+class IndexSet {
+ public:
+  explicit IndexSet(size_t bound) : bits_((bound + 63) / 64), words_((bits_.size() + 63) / 64) {}
+  void insert(uint32_t i) {
+    bits_[i / 64] |= uint64_t{1} << (i % 64);
+    words_[i / 4096] |= uint64_t{1} << (i / 64 % 64);
+  }
+  void erase(uint32_t i) {
+    uint64_t& word = bits_[i / 64];
+    word &= ~(uint64_t{1} << (i % 64));
+    if (word == 0) words_[i / 4096] &= ~(uint64_t{1} << (i / 64 % 64));
+  }
+  std::optional<uint32_t> least() const {
+    for (size_t w = 0; w < words_.size(); ++w) {
+      if (words_[w] == 0) continue;
+      const size_t word = w * 64 + static_cast<size_t>(std::countr_zero(words_[w]));
+      return static_cast<uint32_t>(word * 64 + static_cast<size_t>(std::countr_zero(bits_[word])));
+    }
+    return std::nullopt;
+  }
+
+ private:
+  std::vector<uint64_t> bits_, words_;
 };
 
 constexpr double unit_roundoff = 0x1p-53;
@@ -218,11 +265,12 @@ class Clipper {
         next_(n_),
         status_(n_, Status::unknown),
         witness_(n_),
-        watchers_(n_) {
+        watchers_(n_),
+        pending_(n_) {
     for (uint32_t i = 0; i < n_; ++i) {
       prev_[i] = static_cast<uint32_t>((i + n_ - 1) % n_);
       next_[i] = static_cast<uint32_t>((i + 1) % n_);
-      pending_.insert(pending_.end(), i);
+      pending_.insert(i);
       orientation_.add(orientation_term(p_[i], p_[next_[i]]));
     }
     for (uint32_t i = 0; i < n_; ++i)
@@ -268,11 +316,10 @@ class Clipper {
 
   // The corner of lowest index that is an ear, evaluating corners in doubt on the way.
   std::optional<uint32_t> first_ear() {
-    for (auto it = pending_.begin(); it != pending_.end();) {
-      const uint32_t v = *it;
-      if (status_[v] == Status::unknown) evaluate(v);
-      if (status_[v] == Status::ear) return v;
-      it = pending_.erase(it);
+    while (const std::optional<uint32_t> v = pending_.least()) {
+      if (status_[*v] == Status::unknown) evaluate(*v);
+      if (status_[*v] == Status::ear) return v;
+      pending_.erase(*v);
     }
     return std::nullopt;
   }
@@ -469,7 +516,7 @@ class Clipper {
   std::vector<Status> status_;
   std::vector<uint32_t> witness_;
   std::vector<std::vector<uint32_t>> watchers_;
-  std::set<uint32_t> pending_;  // corners that may be ears, by index: the order of the search
+  IndexSet pending_;  // corners that may be ears, by index: the order of the search
   RunningOrientation orientation_;
   uint32_t head_ = 0;  // index 0 of the remainder
   size_t remaining_ = 0;
