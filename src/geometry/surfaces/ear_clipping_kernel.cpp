@@ -4,11 +4,13 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <span>
 #include <vector>
 
 #include "curves/intersections_kernel.hpp"
+#include "foundations/side_by_side.hpp"
 
 namespace ostrel::kernel {
 
@@ -69,9 +71,9 @@ class PointTree {
     if (points.empty()) return;
     std::vector<Placed> placed(points.size());
     for (uint32_t i = 0; i < points.size(); ++i) placed[i] = {points[i].x, points[i].y, i};
-    nodes_.reserve(2 * points.size());
-    nodes_.push_back({});
-    build(placed, 0, 0, static_cast<uint32_t>(points.size()), kNone);
+    const auto n = static_cast<uint32_t>(points.size());
+    nodes_.resize(1 + descendants(n));
+    build(placed, 0, 0, n, kNone, 1);
     order_.resize(points.size());
     for (uint32_t i = 0; i < points.size(); ++i) order_[i] = placed[i].index;
   }
@@ -142,9 +144,22 @@ class PointTree {
     uint32_t index;
   };
 
-  // Fills node k with the points placed[begin, end) and makes its children, side by side;
-  // a node's box is its children's together.
-  void build(std::vector<Placed>& placed, uint32_t k, uint32_t begin, uint32_t end, uint32_t parent) {
+  // The number of nodes below a node of `count` points; the halves of a count differ by
+  // at most one, so each level has at most two counts to work out.
+  static uint32_t descendants(uint32_t count) {
+    static thread_local std::map<uint32_t, uint32_t> known;
+    if (count <= kLeafSize) return 0;
+    if (const auto it = known.find(count); it != known.end()) return it->second;
+    const uint32_t below = 2 + descendants(count / 2) + descendants(count - count / 2);
+    known.emplace(count, below);
+    return below;
+  }
+
+  // Fills node k with the points placed[begin, end) and its descendants from node
+  // `free` on: its children side by side there, then the left one's descendants, then the
+  // right one's. So the two halves of a large tree are built on two cores, each into its
+  // own nodes. A node's box is its children's together.
+  void build(std::vector<Placed>& placed, uint32_t k, uint32_t begin, uint32_t end, uint32_t parent, uint32_t free) {
     nodes_[k] = {{}, begin, end, parent, kNone, end - begin, (end - begin) / 2};
     if (end - begin <= kLeafSize) {
       Box box = Box::around(points_[placed[begin].index]);
@@ -164,12 +179,11 @@ class PointTree {
     const uint32_t middle = begin + (end - begin) / 2;
     std::nth_element(placed.begin() + begin, placed.begin() + middle, placed.begin() + end,
                      [wide](const Placed& a, const Placed& b) { return wide ? a.x < b.x : a.y < b.y; });
-    const uint32_t left = static_cast<uint32_t>(nodes_.size());
+    const uint32_t left = free, right_free = free + 2 + descendants(middle - begin);
     nodes_[k].left = left;
-    nodes_.push_back({});
-    nodes_.push_back({});
-    build(placed, left, begin, middle, k);
-    build(placed, left + 1, middle, end, k);
+    side_by_side(
+        k == 0 ? end - begin : 0, [&] { build(placed, left, begin, middle, k, free + 2); },
+        [&] { build(placed, left + 1, middle, end, k, right_free); });
     nodes_[k].box = nodes_[left].box;
     nodes_[k].box.include(nodes_[left + 1].box);
   }

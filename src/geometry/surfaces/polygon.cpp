@@ -23,6 +23,7 @@
 #include "foundations/current_next.hpp"
 #include "foundations/orientation_kernel.hpp"
 #include "foundations/point.hpp"
+#include "foundations/side_by_side.hpp"
 #include "foundations/tolerance.hpp"
 #include "foundations/vector.hpp"
 #include "module/class_builder.hpp"
@@ -198,18 +199,17 @@ const std::optional<std::vector<Measured>>& measure(const Clipped& c) {
   if (!c.clipping) return no_triangles;
   auto& measured = c.clipping->measured;
   if (!measured) {
-    std::vector<Measured> out;
-    out.reserve(c.triangles().size());
-    for (const auto& t : c.triangles()) {
-      const Corners k = corners_of(c, t);
+    const auto& triangles = c.triangles();
+    std::vector<Measured> out(triangles.size());
+    std::vector<char> overflowed(triangles.size());
+    for_each_index_in_halves(triangles.size(), [&](size_t i) {
+      const Corners k = corners_of(c, triangles[i]);
       const auto area = kernel::triangle_area(k.v[0], k.v[1], k.v[2]);
-      if (!area) {
-        measured.emplace(std::nullopt);
-        return *measured;
-      }
-      out.push_back({*area, kernel::triangle_centroid(k.v[0], k.v[1], k.v[2])});
-    }
-    measured.emplace(std::move(out));
+      overflowed[i] = !area;
+      if (area) out[i] = {*area, kernel::triangle_centroid(k.v[0], k.v[1], k.v[2])};
+    });
+    if (std::find(overflowed.begin(), overflowed.end(), char{1}) != overflowed.end()) measured.emplace(std::nullopt);
+    else measured.emplace(std::move(out));
   }
   return *measured;
 }
@@ -334,11 +334,16 @@ Ref native_moment_of_inertia(PyObject* self) {
   const auto [centre_x, centre_y] = centroid_of(*measured);
   const auto turns = base_turns(*clipped);
   if (!turns) return {};
+  // Each triangle's own moments apart (on two cores for many), then summed in order.
+  std::vector<std::optional<kernel::Moments>> moments(measured->size());
+  for_each_index_in_halves(moments.size(), [&](size_t i) {
+    const Corners k = corners_of(*clipped, clipped->triangles()[i]);
+    moments[i] = kernel::triangle_moments(k.v[0], k.v[1], k.v[2], (*measured)[i].area, turns->cos[i], turns->sin[i]);
+  });
   double x = 0.0, y = 0.0;
   for (size_t i = 0; i < measured->size(); ++i) {
     const Measured& m = (*measured)[i];
-    const Corners k = corners_of(*clipped, clipped->triangles()[i]);
-    const auto own = kernel::triangle_moments(k.v[0], k.v[1], k.v[2], m.area, turns->cos[i], turns->sin[i]);
+    const auto& own = moments[i];
     if (!own) return {};
     x += kernel::square(m.centroid.y - centre_y) * m.area + own->x;
     y += kernel::square(m.centroid.x - centre_x) * m.area + own->y;

@@ -4,27 +4,28 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
-#include <numeric>
 #include <utility>
 #include <vector>
 
 #include "curves/intersections_kernel.hpp"
+#include "foundations/side_by_side.hpp"
 #include "surfaces/ring_sweep_kernel.hpp"
 
 namespace ostrel::kernel {
 
 std::optional<size_t> first_duplicate(std::span<const Vec3> corners, Tolerance module) {
-  std::vector<size_t> order(corners.size());
-  std::iota(order.begin(), order.end(), size_t{0});
-  std::sort(order.begin(), order.end(), [&](size_t a, size_t b) { return corners[a].x < corners[b].x; });
+  // Sorted by x with x beside each index: the comparisons read no other memory.
+  std::vector<std::pair<double, size_t>> order(corners.size());
+  for (size_t k = 0; k < corners.size(); ++k) order[k] = {corners[k].x, k};
+  std::sort(order.begin(), order.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
   std::optional<size_t> lowest;
   for (size_t k = 0; k < order.size(); ++k) {
-    const Vec3& p = corners[order[k]];
+    const Vec3& p = corners[order[k].second];
     // Above p.x, the x values close to it form one run: math.isclose widens with the
     // larger magnitude more slowly than the difference grows.
-    for (size_t m = k + 1; m < order.size() && isclose(p.x, corners[order[m]].x, module); ++m) {
-      if (!coincide(p, corners[order[m]], module)) continue;
-      const size_t first = std::min(order[k], order[m]);
+    for (size_t m = k + 1; m < order.size() && isclose(p.x, order[m].first, module); ++m) {
+      if (!coincide(p, corners[order[m].second], module)) continue;
+      const size_t first = std::min(order[k].second, order[m].second);
       if (!lowest || first < *lowest) lowest = first;
     }
   }
@@ -71,22 +72,24 @@ Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
   }
   // The first pair in the order of the documented double loop that decides: a crossing
   // away from a shared corner, or two answers that differ (a ValueError there).
-  std::optional<std::pair<size_t, size_t>> first;
-  bool first_raises = false;
-  auto judge = [&](size_t i, size_t j) {
-    if (first && std::pair{i, j} > *first) return;
+  struct Decision {
+    std::optional<std::pair<size_t, size_t>> first;
+    bool raises = false;
+  } decided;
+  auto judge_into = [&](Decision& d, size_t i, size_t j) {
+    if (d.first && std::pair{i, j} > *d.first) return;
     const Crossing c = intersection_bounded_lines(edges[i], edges[j], true, t);
     if (c.kind == Crossing::Kind::none) return;
     const bool raises = c.kind == Crossing::Kind::mismatch;
     if (!raises &&
         (coincide(edges[i].end, edges[j].start, t.module) || coincide(edges[j].end, edges[i].start, t.module)))
       return;
-    first = {i, j};
-    first_raises = raises;
+    d = {std::pair{i, j}, raises};
   };
+  auto judge = [&](size_t i, size_t j) { judge_into(decided, i, j); };
   auto verdict = [&] {
-    if (!first) return Simplicity::simple;
-    if (first_raises) throw value_error("");  // calculate_intersection_bounded_lines: the two answers differ
+    if (!decided.first) return Simplicity::simple;
+    if (decided.raises) throw value_error("");  // calculate_intersection_bounded_lines: the two answers differ
     return Simplicity::not_simple;
   };
   // Two edges are reported as meeting only where each holds (within the tolerances of
@@ -179,7 +182,22 @@ Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
           if (j != w && j != (w + 1) % n && w != (j + 1) % n && may_meet(w, j)) pairs->emplace_back(w, j);
       }
       for (size_t k = 0; k < n; ++k) pairs->emplace_back(k, (k + 1) % n);
-      for (const auto& [i, j] : *pairs) judge(std::min(i, j), std::max(i, j)), judge(std::max(i, j), std::min(i, j));
+      // Each half of the pairs decides apart (on two cores for many); the first in the
+      // order of the loop is the earlier of the two halves' first.
+      Decision halves[2];
+      const size_t middle = pairs->size() / 2;
+      auto judge_part = [&](Decision& d, size_t from, size_t to) {
+        for (size_t k = from; k < to; ++k) {
+          const auto [i, j] = (*pairs)[k];
+          judge_into(d, std::min(i, j), std::max(i, j));
+          judge_into(d, std::max(i, j), std::min(i, j));
+        }
+      };
+      side_by_side(
+          pairs->size(), [&] { judge_part(halves[0], 0, middle); },
+          [&] { judge_part(halves[1], middle, pairs->size()); });
+      for (const Decision& d : halves)
+        if (d.first && (!decided.first || *d.first < *decided.first)) decided = d;
       return true;
     }
     return false;

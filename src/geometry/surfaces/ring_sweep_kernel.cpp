@@ -5,11 +5,12 @@
 #include <cstdint>
 #include <iterator>
 #include <map>
-#include <numeric>
 #include <optional>
 #include <set>
 #include <utility>
 #include <vector>
+
+#include "foundations/side_by_side.hpp"
 
 // Why three searches find every close pair. The sweeps keep the edges that cross the sweep
 // line in their order along it and test every two edges that become next to each other:
@@ -232,14 +233,14 @@ void collect_near_corners(std::span<const Plan> at, double window, const Close& 
       for (uint32_t c : {q == 0 ? n - 1 : q - 1, q})
         if (a != c && next(a) != c && next(c) != a && close(a, c)) pairs.emplace_back(a, c);
   };
-  std::vector<uint32_t> order(n);
-  std::iota(order.begin(), order.end(), 0u);
-  std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) { return at[a].x < at[b].x; });
+  std::vector<std::pair<double, uint32_t>> by_x(n);  // x beside each index, for the sort
+  for (uint32_t k = 0; k < n; ++k) by_x[k] = {at[k].x, k};
+  std::sort(by_x.begin(), by_x.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
   std::multimap<double, uint32_t> by_y;
   std::vector<std::multimap<double, uint32_t>::iterator> kept(n);
   size_t oldest = 0;
-  for (uint32_t p : order) {
-    for (; at[order[oldest]].x < at[p].x - window; ++oldest) by_y.erase(kept[order[oldest]]);
+  for (const auto& [x, p] : by_x) {
+    for (; by_x[oldest].first < x - window; ++oldest) by_y.erase(kept[by_x[oldest].second]);
     for (auto it = by_y.lower_bound(at[p].y - window); it != by_y.end() && it->first <= at[p].y + window; ++it)
       collect(p, it->second);
     kept[p] = by_y.emplace(at[p].y, p);
@@ -259,11 +260,25 @@ std::optional<Pairs> close_pairs(std::span<const Vec3> corners, double window, c
     along_x[k] = {corners[k].x, corners[k].y};
     along_y[k] = {corners[k].y, corners[k].x};
   }
-  Pairs pairs;
-  collect_near_corners(along_x, window, close, pairs);
-  if (!Sweep(along_x, window, close, left_out, pairs, stopped).run() ||
-      !Sweep(along_y, window, close, left_out, pairs, stopped).run())
+  // The two sweeps side by side on a long ring (each reads only what the caller holds
+  // for the whole call); the outcome of the sweep along y counts only after that of the
+  // sweep along x, as if it had run second.
+  Pairs pairs, y_pairs;
+  std::vector<size_t> y_stopped;
+  bool x_done = false, y_done = false;
+  side_by_side(
+      n,
+      [&] {
+        collect_near_corners(along_x, window, close, pairs);
+        x_done = Sweep(along_x, window, close, left_out, pairs, stopped).run();
+      },
+      [&] { y_done = Sweep(along_y, window, close, left_out, y_pairs, y_stopped).run(); });
+  if (!x_done) return std::nullopt;
+  if (!y_done) {
+    stopped = std::move(y_stopped);
     return std::nullopt;
+  }
+  pairs.insert(pairs.end(), y_pairs.begin(), y_pairs.end());
   return pairs;
 }
 

@@ -20,6 +20,7 @@ namespace ostrel::kernel {
 // accepts (in doubt, yes), some more than once. nullopt where two of them may cross or
 // touch (or rounding leaves an orientation in doubt), for fewer than four corners and for
 // values not finite; `stopped` then holds the edges whose test stopped the sweep, if any.
+// For a long ring `close` is called from two threads at once.
 std::optional<std::vector<std::pair<size_t, size_t>>> close_pairs(std::span<const Vec3> corners, double window,
                                                                   const std::function<bool(size_t, size_t)>& close,
                                                                   const std::vector<bool>& left_out,
