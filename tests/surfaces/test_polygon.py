@@ -339,3 +339,47 @@ def test_a_corner_beside_an_ear_counts_on_its_edge_as_the_unit_vectors_compare(d
             ring = spike_to_the_closing_edge(direction, length, sine, side)
             polygon.points = documented.points = ring
             assert corners(polygon._triangulate_by_earclipping()) == corners(documented._triangulate_by_earclipping())
+
+
+def long_star(n, seed=7):
+    """A star of n corners at random radii, long enough for the work of a ring to be split over
+    two cores."""
+    import random
+    rng = random.Random(seed)
+    return [P(r * math.cos(2 * math.pi * i / n), r * math.sin(2 * math.pi * i / n))
+            for i in range(n) for r in [rng.uniform(10, 15)]]
+
+
+def test_measures_of_a_long_ring_are_the_documented_sums_over_its_triangles():
+    """Each triangle's measures are made in two halves on two cores and summed in order: the
+    documented sums over the same triangles give the same floats."""
+    points = long_star(9000)
+    polygon = Polygon(points)
+    triangles = polygon._triangulate_by_earclipping()
+
+    class SameTriangles(Documented):
+        def _triangulate_by_earclipping(self):
+            return triangles
+
+    documented = SameTriangles.__new__(SameTriangles)
+    documented.__dict__.update(vars(polygon))
+    for name in ("cross_sectional_area", "centroid", "moment_of_inertia"):
+        assert repr(getattr(polygon, name)) == repr(getattr(documented, name)), name
+
+
+@pytest.mark.parametrize("ring, expected", [
+    (under_roof()[:6] + teeth((1.1, 0.5), (0.002, 0), (0, 8.0), count=9000) + [(19.9, 0.5), (20.0, 0.5)],
+     (ValueError, "")),
+    (hidden_crossing()[:8] + teeth((-1.05, 1.8), (-0.0002, 0), (0, -5.7), count=9000) + hidden_crossing()[68:],
+     False),
+    (near_wall(1e-9, 1)[:10] + [(-y, x) for x, y in teeth((-0.001, 0.1), (-1e-5, 0), (0, 2.9), count=9000)]
+     + near_wall(1e-9, 1)[70:], False),
+])
+def test_long_rings_decided_on_two_cores(ring, expected):
+    """Rings of more than 9,000 corners, whose sweeps and pair tests run on two cores: a pair of
+    steep edges whose meeting points differ raises, and a hidden crossing and a corner within the
+    tolerance of an edge make the ring not simple. Each ring is its short form above, decided
+    there against the documented steps, with more teeth packed in."""
+    points = [P(x, y) for x, y in ring]
+    assert len(points) > 9000
+    assert outcome(lambda: Polygon._is_simple(points)) == expected
