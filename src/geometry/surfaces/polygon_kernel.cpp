@@ -76,7 +76,11 @@ Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
     std::optional<std::pair<size_t, size_t>> first;
     bool raises = false;
   } decided;
-  auto judge_into = [&](Decision& d, size_t i, size_t j) {
+  // The loop meets each pair twice, as (i, j) and (j, i). Both orders compute the same two
+  // meeting points, each in the other's place, and the tests on them are symmetric, so they
+  // decide alike: one test serves for both, and the pair counts where the loop meets it first.
+  auto judge_into = [&](Decision& d, size_t a, size_t b) {
+    const size_t i = std::min(a, b), j = std::max(a, b);
     if (d.first && std::pair{i, j} > *d.first) return;
     const Crossing c = intersection_bounded_lines(edges[i], edges[j], true, t);
     if (c.kind == Crossing::Kind::none) return;
@@ -145,8 +149,7 @@ Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
           if (low_y[j] > high_y[i] || high_y[j] < low_y[i] || band(std::max(low_y[i], low_y[j])) != b ||
               !may_meet(i, j))
             continue;
-          judge(std::min(i, j), std::max(i, j));
-          judge(std::max(i, j), std::min(i, j));
+          judge(i, j);
         }
       }
     }
@@ -189,8 +192,7 @@ Simplicity is_simple(std::span<const Vec3> corners, const Tolerances& t) {
       auto judge_part = [&](Decision& d, size_t from, size_t to) {
         for (size_t k = from; k < to; ++k) {
           const auto [i, j] = (*pairs)[k];
-          judge_into(d, std::min(i, j), std::max(i, j));
-          judge_into(d, std::max(i, j), std::min(i, j));
+          judge_into(d, i, j);
         }
       };
       side_by_side(
