@@ -86,20 +86,24 @@ std::optional<NativePolygon> read_list(PyObject* list) {
   return polygon;
 }
 
-// The corners of an unchanged Polygon, read natively.
-std::optional<NativePolygon> read_polygon(PyObject* self) {
-  if (!guard.admits(self)) return std::nullopt;
+// The points list of an unchanged Polygon; nothing where the native paths step aside.
+Ref points_of(PyObject* self) {
+  if (!guard.admits(self)) return {};
   // Nothing but the five fields, so no method is hidden by an attribute of the instance.
   PyObject* dict = instance_dict(self);
   if (!dict || PyDict_GET_SIZE(dict) != 5) {
     PyErr_Clear();
-    return std::nullopt;
+    return {};
   }
   Ref points = Ref::borrow(PyDict_GetItemWithError(dict, id<"points">()));
-  if (!points) {
-    PyErr_Clear();
-    return std::nullopt;
-  }
+  if (!points) PyErr_Clear();
+  return points;
+}
+
+// The corners of an unchanged Polygon, read natively.
+std::optional<NativePolygon> read_polygon(PyObject* self) {
+  Ref points = points_of(self);
+  if (!points) return std::nullopt;
   return read_list(points.get());
 }
 
@@ -266,14 +270,26 @@ Ref native_is_simple(PyObject* points) {
   return {};
 }
 
+// The corners are read one at a time, as the documented loop stops at the first that
+// leaves the line (the third, in most polygons); from a copy of the list, as the loop
+// walks a slice of it.
 std::optional<bool> native_all_collinear(PyObject* self) {
-  const auto polygon = read_polygon(self);
-  if (!polygon || polygon->corners.size() < 2) return std::nullopt;
-  const kernel::Tolerance module = polygon->tolerances.module;
-  const kernel::Segment line{polygon->corners[0], polygon->corners[1]};
-  if (kernel::coincide(line.start, line.end, module)) return std::nullopt;  // Line refuses it
-  for (size_t i = 2; i < polygon->corners.size(); ++i)
-    if (!kernel::collinear(line, polygon->corners[i], module)) return false;
+  Ref points = points_of(self);
+  const auto t = native_tolerances();
+  if (!points || !t || !PyList_CheckExact(points.get()) || PyList_GET_SIZE(points.get()) < 2) return std::nullopt;
+  Ref corners = check(PyList_GetSlice(points.get(), 0, PY_SSIZE_T_MAX));
+  auto corner = [&](Py_ssize_t i) -> std::optional<Vec3> {
+    const auto p = read_point(PyList_GET_ITEM(corners.get(), i));
+    return p && finite(*p) ? p : std::nullopt;
+  };
+  const auto start = corner(0), end = corner(1);
+  if (!start || !end || kernel::coincide(*start, *end, t->module)) return std::nullopt;  // Line refuses it
+  const kernel::Segment line{*start, *end};
+  for (Py_ssize_t i = 2; i < PyList_GET_SIZE(corners.get()); ++i) {
+    const auto p = corner(i);
+    if (!p) return std::nullopt;
+    if (!kernel::collinear(line, *p, t->module)) return false;
+  }
   return true;
 }
 
