@@ -350,19 +350,29 @@ Ref native_moment_of_inertia(PyObject* self) {
   const auto [centre_x, centre_y] = centroid_of(*measured);
   const auto turns = base_turns(*clipped);
   if (!turns) return {};
-  // Each triangle's own moments apart (on two cores for many), then summed in order.
-  std::vector<std::optional<kernel::Moments>> moments(measured->size());
-  for_each_index_in_halves(moments.size(), [&](size_t i) {
+  // Each triangle's terms apart (on two cores for many), then summed in order; where a
+  // square overflows, the sum squares again in its place, to raise there.
+  struct Terms {
+    std::optional<kernel::Moments> own;
+    std::optional<double> x, y;
+  };
+  std::vector<Terms> terms(measured->size());
+  for_each_index_in_halves(terms.size(), [&](size_t i) {
+    const Measured& m = (*measured)[i];
     const Corners k = corners_of(*clipped, clipped->triangles()[i]);
-    moments[i] = kernel::triangle_moments(k.v[0], k.v[1], k.v[2], (*measured)[i].area, turns->cos[i], turns->sin[i]);
+    Terms& t = terms[i];
+    t.own = kernel::triangle_moments(k.v[0], k.v[1], k.v[2], m.area, turns->cos[i], turns->sin[i]);
+    const auto square_y = kernel::host_power(m.centroid.y - centre_y, 2.0);
+    const auto square_x = kernel::host_power(m.centroid.x - centre_x, 2.0);
+    if (t.own && square_y && square_x) t.x = *square_y * m.area + t.own->x, t.y = *square_x * m.area + t.own->y;
   });
   double x = 0.0, y = 0.0;
-  for (size_t i = 0; i < measured->size(); ++i) {
+  for (size_t i = 0; i < terms.size(); ++i) {
     const Measured& m = (*measured)[i];
-    const auto& own = moments[i];
-    if (!own) return {};
-    x += kernel::square(m.centroid.y - centre_y) * m.area + own->x;
-    y += kernel::square(m.centroid.x - centre_x) * m.area + own->y;
+    const Terms& t = terms[i];
+    if (!t.own) return {};
+    x += t.x ? *t.x : kernel::square(m.centroid.y - centre_y) * m.area + t.own->x;
+    y += t.y ? *t.y : kernel::square(m.centroid.x - centre_x) * m.area + t.own->y;
     if (!std::isfinite(x) || !std::isfinite(y)) return {};  // NumPy warns there
   }
   // NumPy scalars from the first triangle's moments on, as the documented sums give them.
