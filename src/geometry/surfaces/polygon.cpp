@@ -203,17 +203,18 @@ const std::optional<std::vector<Measured>>& measure(const Clipped& c) {
   if (!c.clipping) return no_triangles;
   auto& measured = c.clipping->measured;
   if (!measured) {
-    const auto& triangles = c.triangles();
-    std::vector<Measured> out(triangles.size());
-    std::vector<char> overflowed(triangles.size());
-    for_each_index_in_halves(triangles.size(), [&](size_t i) {
-      const Corners k = corners_of(c, triangles[i]);
+    std::vector<Measured> out;
+    out.reserve(c.triangles().size());
+    for (const auto& t : c.triangles()) {
+      const Corners k = corners_of(c, t);
       const auto area = kernel::triangle_area(k.v[0], k.v[1], k.v[2]);
-      overflowed[i] = !area;
-      if (area) out[i] = {*area, kernel::triangle_centroid(k.v[0], k.v[1], k.v[2])};
-    });
-    if (std::find(overflowed.begin(), overflowed.end(), char{1}) != overflowed.end()) measured.emplace(std::nullopt);
-    else measured.emplace(std::move(out));
+      if (!area) {
+        measured.emplace(std::nullopt);
+        return *measured;
+      }
+      out.push_back({*area, kernel::triangle_centroid(k.v[0], k.v[1], k.v[2])});
+    }
+    measured.emplace(std::move(out));
   }
   return *measured;
 }
