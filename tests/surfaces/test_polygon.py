@@ -383,3 +383,20 @@ def test_long_rings_decided_on_two_cores(ring, expected):
     points = [P(x, y) for x, y in ring]
     assert len(points) > 9000
     assert outcome(lambda: Polygon._is_simple(points)) == expected
+
+
+@pytest.mark.parametrize("n", [9000, 20000])
+def test_a_long_ring_clipped_with_a_look_ahead_covers_its_area_once(n):
+    """Ears found ahead on a second core are taken only for a corner between the same
+    neighbours: had one been taken for a corner whose triangle has since changed, a triangle
+    would hold a corner, the triangles would overlap, and their areas would sum to more than
+    the ring's."""
+    points = long_star(n, seed=n)
+    triangles = Polygon(points)._triangulate_by_earclipping()
+    assert len(triangles) == n - 2
+    xy = [(p.x, p.y) for p in points]
+    ring_area = math.fsum(x0 * y1 - x1 * y0 for (x0, y0), (x1, y1) in zip(xy, xy[1:] + xy[:1])) / 2
+    turns = [(b[0] - a[0]) * (c[1] - a[1]) - (b[1] - a[1]) * (c[0] - a[0])
+             for a, b, c in ([tuple(v[:2]) for v in t.vertices] for t in triangles)]
+    assert min(turns) >= 0
+    assert math.fsum(turns) / 2 == pytest.approx(ring_area, rel=1e-12)

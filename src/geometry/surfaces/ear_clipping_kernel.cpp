@@ -1,12 +1,16 @@
 #include "surfaces/ear_clipping_kernel.hpp"
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <cmath>
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <span>
+#include <stop_token>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 #include "curves/intersections_kernel.hpp"
@@ -67,7 +71,9 @@ Range linear_range(double a, double b, Vec3 c, const Box& box) {
 // region, and a clipped point costs nothing more.
 class PointTree {
  public:
-  explicit PointTree(std::span<const Vec3> points) : points_(points), leaf_of_(points.size()), removed_(points.size()) {
+  // `halves_beside`: the two halves of a large tree built on two cores.
+  PointTree(std::span<const Vec3> points, bool halves_beside)
+      : points_(points), leaf_of_(points.size()), removed_(points.size()), halves_beside_(halves_beside) {
     if (points.empty()) return;
     std::vector<Placed> placed(points.size());
     for (uint32_t i = 0; i < points.size(); ++i) placed[i] = {points[i].x, points[i].y, i};
@@ -182,7 +188,7 @@ class PointTree {
     const uint32_t left = free, right_free = free + 2 + descendants(middle - begin);
     nodes_[k].left = left;
     side_by_side(
-        k == 0 ? end - begin : 0, [&] { build(placed, left, begin, middle, k, free + 2); },
+        k == 0 && halves_beside_ ? end - begin : 0, [&] { build(placed, left, begin, middle, k, free + 2); },
         [&] { build(placed, left + 1, middle, end, k, right_free); });
     nodes_[k].box = nodes_[left].box;
     nodes_[k].box.include(nodes_[left + 1].box);
@@ -192,6 +198,7 @@ class PointTree {
   std::vector<uint32_t> order_, leaf_of_;
   std::vector<bool> removed_;
   std::vector<Node> nodes_;
+  bool halves_beside_;
   mutable std::vector<uint32_t> stack_;
 };
 
@@ -273,14 +280,15 @@ class Clipper {
   Clipper(std::span<const Vec3> points, Tolerance module)
       : p_(points),
         module_(module),
-        tree_(points),
+        tree_(points, true),
         n_(points.size()),
         prev_(n_),
         next_(n_),
         status_(n_, Status::unknown),
         witness_(n_),
         watchers_(n_),
-        pending_(n_) {
+        pending_(n_),
+        ahead_(n_) {
     for (uint32_t i = 0; i < n_; ++i) {
       prev_[i] = static_cast<uint32_t>((i + n_ - 1) % n_);
       next_[i] = static_cast<uint32_t>((i + 1) % n_);
@@ -290,6 +298,17 @@ class Clipper {
     for (uint32_t i = 0; i < n_; ++i)
       if (coincide(p_[i], p_[next_[i]], module_)) throw Undecided{};
     remaining_ = n_;
+    if (n_ >= kSideBySideFrom && std::thread::hardware_concurrency() >= 2) {
+      try {
+        worker_ = std::jthread([this](std::stop_token stop) {
+          try {
+            look_ahead(stop, PointTree(p_, false));
+          } catch (...) {  // out of memory: the search goes on alone
+          }
+        });
+      } catch (const std::system_error&) {  // no thread to be had
+      }
+    }
   }
 
   EarClipping run() {
@@ -348,6 +367,27 @@ class Clipper {
     const double twice_area = (p2.y - p3.y) * (p1.x - p3.x) + (p3.x - p2.x) * (p1.y - p3.y);
     if (twice_area + 1e-7 == 0.0) throw Undecided{};
     if (coincide(p3, p1, module_)) return evaluate_with_coinciding_neighbours(v, p1, p2, p3);
+    front_.store(v, std::memory_order_relaxed);
+    const bool first_neighbours = a == around(v, -1) && b == around(v, 1);
+    keep_looking_ahead(first_neighbours);
+    if (first_neighbours && ahead_[v].load(std::memory_order_relaxed) == kEarAhead) {
+      status_[v] = Status::ear;
+      return;
+    }
+    settle(v, blocker(tree_, p1, p2, p3, twice_area));
+  }
+
+  // The look-ahead shares the machine with the search; where few searches meet a corner
+  // between its first neighbours (a fan of ears from one corner, as in a circle), it costs
+  // more than it saves, and stops.
+  void keep_looking_ahead(bool first_neighbours) {
+    searched_ += 1, searched_first_ += first_neighbours;
+    if (searched_ % 4096 == 0 && worker_.joinable() && searched_first_ * 5 < searched_) worker_.request_stop();
+  }
+
+  // The first point left in `tree` that keeps the corner p2, between p1 and p3, from being
+  // an ear (a convex corner whose neighbours do not coincide).
+  std::optional<uint32_t> blocker(const PointTree& tree, Vec3 p1, Vec3 p2, Vec3 p3, double twice_area) const {
     auto blocks = [&](uint32_t q) {
       const Vec3& p = p_[q];
       if (coincide(p, p1, module_) || coincide(p, p2, module_) || coincide(p, p3, module_)) return false;
@@ -359,7 +399,30 @@ class Clipper {
       return *on;
     };
     const Region region = region_of(p1, p2, p3, twice_area);
-    settle(v, tree_.find([&](const Box& box) { return region.may_hold(box); }, blocks));
+    return tree.find([&](const Box& box) { return region.may_hold(box); }, blocks);
+  }
+
+  uint32_t around(uint32_t v, int step) const { return static_cast<uint32_t>((v + n_ + step) % n_); }
+
+  // The corners ahead of the search, each between its neighbours in the given ring, tested
+  // on a second core against all the points. Whether a point blocks a corner depends on
+  // that point and the corner's triangle alone, so a corner that no point of the whole ring
+  // blocks is an ear in any remainder that holds it between the same neighbours; the search
+  // takes such a corner as an ear without looking again (a third of the searches of a
+  // star). What blocks there, or raises, or comes too late, it looks at itself.
+  void look_ahead(const std::stop_token& stop, const PointTree& all) {
+    for (uint32_t v = 0; v < n_ && !stop.stop_requested(); ++v) {
+      v = std::max(v, front_.load(std::memory_order_relaxed) + kLead);
+      if (v >= n_) break;
+      const Vec3 &p1 = p_[around(v, -1)], &p2 = p_[v], &p3 = p_[around(v, 1)];
+      const double twice_area = (p2.y - p3.y) * (p1.x - p3.x) + (p3.x - p2.x) * (p1.y - p3.y);
+      if (!convex_when_ccw(p1, p2, p3) || twice_area + 1e-7 == 0.0 || coincide(p3, p1, module_)) continue;
+      try {
+        if (!blocker(all, p1, p2, p3, twice_area)) ahead_[v].store(kEarAhead, std::memory_order_relaxed);
+      } catch (const Undecided&) {
+      } catch (const ArithmeticFault&) {
+      }
+    }
   }
 
   // An ear, or blocked by a point: the corner is looked at again when that point is clipped.
@@ -534,6 +597,12 @@ class Clipper {
   RunningOrientation orientation_;
   uint32_t head_ = 0;  // index 0 of the remainder
   size_t remaining_ = 0;
+  static constexpr uint8_t kEarAhead = 1;
+  static constexpr uint32_t kLead = 64;  // how far ahead of the search a late look-ahead jumps
+  std::vector<std::atomic<uint8_t>> ahead_;  // kEarAhead: an ear between its first neighbours
+  std::atomic<uint32_t> front_{0};           // the corner the search looked at last
+  size_t searched_ = 0, searched_first_ = 0;  // searches, and those between first neighbours
+  std::jthread worker_;                      // last: stopped and joined before the rest goes
 };
 
 }  // namespace

@@ -37,7 +37,10 @@ std::optional<bool> on_triangle(Vec3 p1, Vec3 p2, Vec3 p3, Vec3 p, Tolerance mod
 // counts the points left and shrinks to them, entered only where a box can hold a point
 // the tests accept (bounds of the in-triangle test's own rounded values, and of how far
 // from an edge the on-edge test's tolerance reaches); the orientation of the remainder
-// is kept as a running sum, summed in list order only when its sign is in doubt.
+// is kept as a running sum, summed in list order only when its sign is in doubt. From
+// 8,192 corners on, a second core tests the corners ahead between their first neighbours
+// against all the points, and the search takes the ears it finds, while enough searches
+// meet corners between their first neighbours.
 // `degenerate_edge`: the steps make a Line of coinciding ends (the neighbours of a
 // candidate corner coincide). `undecided` leaves the case to the
 // documented steps: a zero denominator, coinciding neighbours along the ring, a value
