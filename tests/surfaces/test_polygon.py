@@ -1,4 +1,5 @@
 import math
+import os
 
 import numpy as np
 import pytest
@@ -400,3 +401,31 @@ def test_a_long_ring_clipped_with_a_look_ahead_covers_its_area_once(n):
              for a, b, c in ([tuple(v[:2]) for v in t.vertices] for t in triangles)]
     assert min(turns) >= 0
     assert math.fsum(turns) / 2 == pytest.approx(ring_area, rel=1e-12)
+
+
+@pytest.mark.skipif(not hasattr(os, "sched_setaffinity"), reason="needs the process's CPU affinity")
+def test_long_rings_give_the_same_results_on_one_core_as_on_two():
+    """Pinned to one core, the module does on one thread what it otherwise splits over two (the
+    sweeps, the pair tests, the point tree, the look-ahead, the moments): the same triangles,
+    floats and decisions."""
+    cores = os.sched_getaffinity(0)
+    if len(cores) < 2:
+        pytest.skip("the process runs on one core")
+    points = long_star(12000, seed=3)
+    pushed = points[:100] + [P(-20.0, 0.5)] + points[101:]  # a corner pushed through the far side
+    square = Polygon([P(0, 0), P(1, 0), P(1, 1), P(0, 1)])
+
+    def results():
+        polygon = Polygon(points)
+        square.cross_sectional_area  # the polygon's clipping is made anew below
+        return (corners(polygon._triangulate_by_earclipping()), repr(polygon.cross_sectional_area),
+                repr(polygon.centroid), repr(polygon.moment_of_inertia), outcome(lambda: Polygon._is_simple(pushed)))
+
+    on_two = results()
+    os.sched_setaffinity(0, {min(cores)})
+    try:
+        on_one = results()
+    finally:
+        os.sched_setaffinity(0, cores)
+    assert on_one == on_two
+    assert on_two[-1] is False

@@ -7,6 +7,9 @@
 
 #include <cstddef>
 #include <future>
+#if defined(__linux__)
+#include <sched.h>
+#endif
 #include <system_error>
 #include <thread>
 
@@ -15,10 +18,20 @@ namespace ostrel {
 // Below this many items a thread costs more than it saves.
 constexpr size_t kSideBySideFrom = 8192;
 
+// The cores this process may run on now (a process pinned to one core gains nothing from
+// a second thread, and loses what the two take from each other).
+inline unsigned usable_cores() {
+#if defined(__linux__)
+  cpu_set_t set;
+  if (sched_getaffinity(0, sizeof set, &set) == 0) return static_cast<unsigned>(CPU_COUNT(&set));
+#endif
+  return std::thread::hardware_concurrency();
+}
+
 template <typename First, typename Second>
 void side_by_side(size_t items, First&& first, Second&& second) {
   std::future<void> beside;
-  if (items >= kSideBySideFrom && std::thread::hardware_concurrency() >= 2) {
+  if (items >= kSideBySideFrom && usable_cores() >= 2) {
     try {
       beside = std::async(std::launch::async, second);
     } catch (const std::system_error&) {

@@ -298,7 +298,7 @@ class Clipper {
     for (uint32_t i = 0; i < n_; ++i)
       if (coincide(p_[i], p_[next_[i]], module_)) throw Undecided{};
     remaining_ = n_;
-    if (n_ >= kSideBySideFrom && std::thread::hardware_concurrency() >= 2) {
+    if (n_ >= kSideBySideFrom && usable_cores() >= 2) {
       try {
         worker_ = std::jthread([this](std::stop_token stop) {
           try {
