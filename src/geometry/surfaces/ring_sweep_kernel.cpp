@@ -1,6 +1,7 @@
 #include "surfaces/ring_sweep_kernel.hpp"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <iterator>
@@ -262,17 +263,22 @@ std::optional<Pairs> close_pairs(std::span<const Vec3> corners, double window, c
   }
   // The two sweeps side by side on a long ring (each reads only what the caller holds
   // for the whole call); the outcome of the sweep along y counts only after that of the
-  // sweep along x, as if it had run second.
+  // sweep along x, as if it had run second, and where they run one after the other, the
+  // sweep along y is left out once the sweep along x has stopped.
   Pairs pairs, y_pairs;
   std::vector<size_t> y_stopped;
   bool x_done = false, y_done = false;
+  std::atomic<bool> x_stopped = false;  // read by the other thread
   side_by_side(
       n,
       [&] {
         collect_near_corners(along_x, window, close, pairs);
         x_done = Sweep(along_x, window, close, left_out, pairs, stopped).run();
+        x_stopped = !x_done;
       },
-      [&] { y_done = Sweep(along_y, window, close, left_out, y_pairs, y_stopped).run(); });
+      [&] {
+        if (!x_stopped) y_done = Sweep(along_y, window, close, left_out, y_pairs, y_stopped).run();
+      });
   if (!x_done) return std::nullopt;
   if (!y_done) {
     stopped = std::move(y_stopped);
